@@ -1,0 +1,63 @@
+# What every target of the project has in common, and one small function for each kind of target.
+
+function(passport_target_defaults target)
+  set_target_properties(${target} PROPERTIES
+    AUTOMOC ON
+    CXX_STANDARD 17
+    CXX_STANDARD_REQUIRED ON
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    POSITION_INDEPENDENT_CODE ON)
+  target_compile_definitions(${target} PRIVATE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING
+    QT_DEPRECATED_WARNINGS QT_MESSAGELOGCONTEXT)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wundef)
+endfunction()
+
+# passport_add_library(name SOURCES file...): a shared library that finds its neighbours beside itself.
+function(passport_add_library target)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES")
+  add_library(${target} SHARED ${ARG_SOURCES})
+  passport_target_defaults(${target})
+  passport_set_install_rpath(${target} "")
+  set_target_properties(${target} PROPERTIES
+    VERSION ${PROJECT_VERSION}
+    SOVERSION 0
+    LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib"
+    MACOSX_RPATH ON)
+endfunction()
+
+# passport_add_tool(name SOURCES file...): a program that is installed in bin/.
+function(passport_add_tool target)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES")
+  add_executable(${target} ${ARG_SOURCES})
+  passport_target_defaults(${target})
+  passport_set_install_rpath(${target} "/../${CMAKE_INSTALL_LIBDIR}")
+  set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+  install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endfunction()
+
+# passport_add_test(name SOURCES file... LIBRARIES target... [TIMEOUT seconds]): one Qt Test program.
+function(passport_add_test target)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "TIMEOUT" "SOURCES;LIBRARIES")
+  add_executable(${target} ${ARG_SOURCES})
+  passport_target_defaults(${target})
+  target_link_libraries(${target} PRIVATE ${ARG_LIBRARIES} Qt5::Test)
+  if(NOT ARG_TIMEOUT)
+    set(ARG_TIMEOUT 60)
+  endif()
+  add_test(NAME ${target} COMMAND ${target})
+  set_tests_properties(${target} PROPERTIES
+    TIMEOUT ${ARG_TIMEOUT}
+    ENVIRONMENT "${PASSPORT_TEST_ENVIRONMENT}")
+endfunction()
+
+function(passport_set_install_rpath target suffix)
+  if(APPLE)
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "@loader_path${suffix}")
+  else()
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN${suffix}")
+  endif()
+endfunction()
