@@ -1,5 +1,6 @@
 #include "passport/PassportNubelo.h"
 
+#include "common/HandOver_p.h"
 #include "common/Log.h"
 #include "passport/cloud/CloudError_p.h"
 #include "passport/cloud/ReplyWait_p.h"
@@ -120,19 +121,21 @@ PassportCommunityError PassportNubelo::exchange(const QString &name, QVariant &r
     const auto wait = std::make_shared<ReplyWait>(name);
     Nubelo::Reply *reply = nullptr;
     auto status = Nubelo::Error::NoError;
+    handOver();
     QMetaObject::invokeMethod(
         m_manager,
         [&] {
+            takeOver();
             reply = call(*m_manager);
-            if (!reply)
-                return;
-            status = reply->status();
-            if (status == Nubelo::Error::NoError)
-                wait->attach(reply, m_manager);
-            else
+            status = reply ? reply->status() : Nubelo::Error::NoError;
+            if (status != Nubelo::Error::NoError)
                 reply->deleteLater();
+            else if (reply)
+                wait->attach(reply, m_manager);
+            handOver();
         },
         Qt::BlockingQueuedConnection);
+    takeOver();
 
     qCDebug(log_lp) << "replyConnect current thread-1" << QThread::currentThread();
     if (!reply) {

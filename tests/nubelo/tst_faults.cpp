@@ -242,17 +242,16 @@ void tst_Faults::httpStatuses()
 {
     QFETCH(int, status);
     QFETCH(int, code);
-    QByteArray body = "<html>";
-    RawServer server([&](QTcpSocket &socket, const QByteArray &) {
-        socket.write(RawServer::answer(body, status));
-    });
-    useAddress(server.url());
+    RawServer html(RawServer::answering(RawServer::answer("<html>", status)));
+    useAddress(html.url());
     ReplyOutcome outcome = post();
     expect(outcome, code);
     QCOMPARE(outcome.map, QVariantMap());
 
     // An answer of the service's form is delivered all the same.
-    body = R"({"status":"fail","result":"dbErr"})";
+    RawServer json(
+        RawServer::answering(RawServer::answer(R"({"status":"fail","result":"dbErr"})", status)));
+    useAddress(json.url());
     outcome = post();
     expect(outcome, code);
     QCOMPARE(outcome.map, (QVariantMap{{"status", "fail"}, {"result", "dbErr"}}));

@@ -146,8 +146,16 @@ void tst_Nubelo::buildsTheRequest()
 
 void tst_Nubelo::requestsAddresses()
 {
-    QByteArray answer = RawServer::answer("plain \xC3\xA4");
-    RawServer server([&](QTcpSocket &socket, const QByteArray &) { socket.write(answer); });
+    RawServer server([](QTcpSocket &socket, const QByteArray &request) {
+        if (request.contains(" /form "))
+            socket.write(RawServer::answer(R"({"status":"fail","result":"dbErr"})"));
+        else if (request.contains(" /nothing "))
+            socket.write(RawServer::answer("", 204));
+        else if (request.contains(" /gone "))
+            socket.write(RawServer::answer("gone", 410));
+        else
+            socket.write(RawServer::answer("plain \xC3\xA4"));
+    });
     const auto request = [&](const QString &path, const QVariantMap &envelope = {}) {
         return ReplyOutcome::of(manager->request(server.url(path), envelope, {}));
     };
@@ -157,14 +165,11 @@ void tst_Nubelo::requestsAddresses()
     QVERIFY(server.lastRequest().startsWith("GET /probe?x=1 HTTP/1.1\r\n"));
 
     // The service's form means nothing at an address: any body is text.
-    answer = RawServer::answer(R"({"status":"fail","result":"dbErr"})");
-    QCOMPARE(request("/").map.value("status").toString(), "ok");
-    answer = RawServer::answer("", 204);
-    outcome = request("/", {{"body", QVariantMap{{"a", 1}}}});
+    QCOMPARE(request("/form").map.value("status").toString(), "ok");
+    outcome = request("/nothing", {{"body", QVariantMap{{"a", 1}}}});
     QCOMPARE(outcome.map.value("result"), QVariant(""));
     QVERIFY(server.lastRequest().startsWith("POST "));
-    answer = RawServer::answer("gone", 410);
-    QCOMPARE(request("/").code, Error::ContentGoneError);
+    QCOMPARE(request("/gone").code, Error::ContentGoneError);
 }
 
 void tst_Nubelo::deliversTheAnswer()

@@ -1,5 +1,7 @@
 #include "support/RawServer.h"
 
+#include "common/HandOver_p.h"
+
 #include <QtCore/QMutexLocker>
 #include <QtNetwork/QHostAddress>
 #include <QtNetwork/QSslSocket>
@@ -57,8 +59,17 @@ RawServer::RawServer(Handler handler, const QSslConfiguration &tls)
 
 RawServer::~RawServer()
 {
+    Listener *listener = m_listener.get();
+    handOver();
     QMetaObject::invokeMethod(
-        m_listener.get(), [this] { m_listener.reset(); }, Qt::BlockingQueuedConnection);
+        listener,
+        [this] {
+            takeOver();
+            m_listener.reset();
+            handOver();
+        },
+        Qt::BlockingQueuedConnection);
+    takeOver();
     m_thread.quit();
     m_thread.wait();
 }

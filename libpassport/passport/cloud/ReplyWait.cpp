@@ -1,5 +1,6 @@
 #include "passport/cloud/ReplyWait_p.h"
 
+#include "common/HandOver_p.h"
 #include "common/Log.h"
 #include "passport/cloud/CloudError_p.h"
 
@@ -42,8 +43,14 @@ void ReplyWait::attach(Nubelo::Reply *reply, QObject *manager)
 void ReplyWait::announce(QObject *manager)
 {
     m_announced = true;
+    handOver();
     QMetaObject::invokeMethod(
-        manager, [self = shared_from_this()] { self->handleHeld(); }, Qt::QueuedConnection);
+        manager,
+        [self = shared_from_this()] {
+            takeOver();
+            self->handleHeld();
+        },
+        Qt::QueuedConnection);
 }
 
 PassportCommunityError ReplyWait::wait(QVariant &result)

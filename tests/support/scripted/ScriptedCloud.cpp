@@ -1,5 +1,7 @@
 #include "ScriptedCloud.h"
 
+#include "common/HandOver_p.h"
+
 #include <QtCore/QThread>
 
 namespace {
@@ -8,9 +10,11 @@ void playFrom(Nubelo::Reply *reply, const std::vector<Script::Step> &steps, std:
 {
     if (next >= steps.size())
         return;
+    handOver();
     QMetaObject::invokeMethod(
         reply,
         [reply, steps, next] {
+            takeOver();
             // Posted first: the step may finish the reply, whose receiver releases it.
             playFrom(reply, steps, next + 1);
             steps[next](reply);
