@@ -52,8 +52,8 @@ bool EmulatorProcess::start()
     m_process = std::make_unique<ChildProcess>();
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process->start(program(), QStringList{QStringLiteral("--port"), QStringLiteral("0"),
-                                            QStringLiteral("--ready-file"), readyFile}
-                                    + m_options);
+                                            QStringLiteral("--ready-file"), readyFile} +
+                                    m_options);
     const QDeadlineTimer deadline(deadlineMs);
     while (!QFile::exists(readyFile)) {
         const bool failed = m_process->waitForFinished(5) || !m_process->isOpen();
@@ -75,8 +75,8 @@ bool EmulatorProcess::stop()
         return false;
     m_process->terminate();
     const bool ended = m_process->waitForFinished(deadlineMs);
-    const bool well = ended && m_process->exitStatus() == QProcess::NormalExit
-                      && m_process->exitCode() == 0;
+    const bool well =
+        ended && m_process->exitStatus() == QProcess::NormalExit && m_process->exitCode() == 0;
     if (!well)
         qWarning() << "the emulator does not end well:" << m_process->exitCode();
     kill();
@@ -153,8 +153,8 @@ QJsonValue EmulatorProcess::dev(const QByteArray &method, const QString &path,
     return QJsonValue(QJsonValue::Undefined);
 }
 
-EmulatorProcess::HttpReply EmulatorProcess::http(const QByteArray &method,
-                                                 const QByteArray &target, const QByteArray &body,
+EmulatorProcess::HttpReply EmulatorProcess::http(const QByteArray &method, const QByteArray &target,
+                                                 const QByteArray &body,
                                                  const QList<QByteArray> &headers)
 {
     QByteArray request = method + ' ' + target + " HTTP/1.1\r\nConnection: close\r\n";
