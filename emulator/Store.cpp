@@ -192,6 +192,9 @@ void Store::create(const QString &path, const Accounts &accounts)
     if (path == inMemory)
         return;
     m_database.close();
+    QFile::setPermissions(draft, QFile::ReadOwner | QFile::WriteOwner);
+    // SQLite would take the write-ahead log of a file that somebody deleted for ours.
+    QFile::remove(path + QStringLiteral("-wal"));
     if (std::rename(QFile::encodeName(draft).constData(), QFile::encodeName(path).constData()) != 0)
         fail(QStringLiteral("cannot be created: ") + draft + QStringLiteral(" cannot be renamed"));
 }

@@ -412,6 +412,7 @@ void EmulatorTest::refusesUnknownFaults_data()
     row("field of wrong type", R"({"request":"*","kind":"delay","ms":"9"})", "whole number");
     row("no times", R"({"request":"*","kind":"drop","times":0})", "whole number from 1");
     row("half a byte", R"({"request":"*","kind":"drip","bytesPerSecond":0.5})", "whole number");
+    row("no redirect", R"({"request":"*","kind":"redirect","location":"/","code":304})", "301,");
     row("split answer", R"({"request":"*","kind":"redirect","location":"a\r\nX: y"})", "control");
 }
 
@@ -504,6 +505,10 @@ void EmulatorTest::losesNothingWhenKilled()
         QVERIFY(checked > 0);
         QVERIFY(!text(signIn(emulator), "lastLogin").isEmpty());
     }
+    emulator.kill();
+    QVERIFY(QFile::exists(data + QStringLiteral("-wal")) && QFile::remove(data));
+    QVERIFY(emulator.start());
+    QCOMPARE(text(signIn(emulator), "lastLogin"), QString()); // no log of the deleted file
 }
 
 // An idle connection is kept for longer than stop() waits, the delay is an hour.
