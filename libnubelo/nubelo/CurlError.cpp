@@ -83,11 +83,14 @@ QList<QSslError> sslErrorsOf(CURL *easy, CURLcode code)
             return QSslError::UnableToVerifyFirstCertificate;
         case 23:
             return QSslError::CertificateRevoked;
+        case 0:
+        case 1:
+            // libcurl compares the name by itself, and that before it looks at the chain's result:
+            // the value is still the one it starts from.
+            return code == CURLE_PEER_FAILED_VERIFICATION ? QSslError::HostNameMismatch
+                                                          : QSslError::UnspecifiedError;
         default:
-            // The chain was good, so it was the name: libcurl compares that by itself.
-            return verification == 0 && code == CURLE_PEER_FAILED_VERIFICATION
-                       ? QSslError::HostNameMismatch
-                       : QSslError::UnspecifiedError;
+            return QSslError::UnspecifiedError;
         }
     };
     return {QSslError(reason())};

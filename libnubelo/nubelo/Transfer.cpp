@@ -44,6 +44,7 @@ Transfer::Transfer(HttpRequest request, const TransferRules &rules)
 void Transfer::setUp()
 {
     CURL *easy = m_easy.get();
+    m_headersComplete = false;
     m_body.clear();
     m_reason.front() = '\0';
     curl_easy_reset(easy);
@@ -51,6 +52,8 @@ void Transfer::setUp()
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, m_reason.data());
     curl_easy_setopt(easy, CURLOPT_USERAGENT, "libnubelo/" NUBELO_VERSION);
+    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Transfer::onHeader);
+    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &Transfer::onBody);
     curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS,
@@ -109,6 +112,14 @@ void Transfer::setUpProxy()
         curl_easy_setopt(m_easy.get(), CURLOPT_PROXY, m_rules.proxy.constData());
 }
 
+std::size_t Transfer::onHeader(char *line, std::size_t size, std::size_t count, void *transfer)
+{
+    const std::size_t bytes = size * count;
+    static_cast<Transfer *>(transfer)->m_headersComplete =
+        bytes > 0 && bytes <= 2 && line[bytes - 1] == '\n';
+    return bytes;
+}
+
 std::size_t Transfer::onBody(char *data, std::size_t size, std::size_t count, void *transfer)
 {
     auto *self = static_cast<Transfer *>(transfer);
@@ -125,6 +136,9 @@ std::optional<HttpAnswer> Transfer::completed(CURLcode code)
 {
     if (code != CURLE_OK)
         return failed(code);
+    // For libcurl an answer that ends in its headers is a whole one.
+    if (!m_headersComplete)
+        return failed(CURLE_PARTIAL_FILE);
 
     HttpAnswer answer;
     long status = 0;

@@ -38,6 +38,7 @@ private:
     HttpAnswer failed(CURLcode code) const;
     Error::ErrorCode followTo(const QByteArray &target, int httpStatus);
     bool usesProxy() const;
+    static std::size_t onHeader(char *line, std::size_t size, std::size_t count, void *transfer);
     static std::size_t onBody(char *data, std::size_t size, std::size_t count, void *transfer);
 
     HttpRequest m_request;
@@ -46,6 +47,7 @@ private:
     std::unique_ptr<CURL, void (*)(CURL *)> m_easy;
     std::unique_ptr<curl_slist, void (*)(curl_slist *)> m_headers;
     std::array<char, CURL_ERROR_SIZE> m_reason{};
+    bool m_headersComplete = false;
     QByteArray m_body;
     int m_redirects = 0;
 };

@@ -1,0 +1,101 @@
+#include "Doctor.h"
+
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QSysInfo>
+
+#include <algorithm>
+#include <vector>
+
+#if defined(PASSPORT_BUNDLED_NUBELO)
+#include <curl/curl.h>
+#endif
+
+using namespace VelqorPassPort;
+
+namespace {
+
+void addRequestLibrary(Output::Rows &rows)
+{
+#if defined(PASSPORT_BUNDLED_NUBELO)
+    const curl_version_info_data *info = curl_version_info(CURLVERSION_NOW);
+    rows.append({QStringLiteral("request library"),
+                 QStringLiteral("bundled, libcurl %1").arg(QLatin1String(info->version))});
+    rows.append({QStringLiteral("TLS"), QString::fromLatin1(info->ssl_version)});
+#if LIBCURL_VERSION_NUM >= 0x075400
+    const QString file = QString::fromLocal8Bit(info->cainfo);
+    const QString directory = QString::fromLocal8Bit(info->capath);
+    rows.append({QStringLiteral("certificates"), file.isEmpty() ? directory : file});
+#endif
+#else
+    rows.append({QStringLiteral("request library"), QStringLiteral("not the bundled one")});
+#endif
+}
+
+void addProxies(Output::Rows &rows)
+{
+    // The password that a proxy's address may hold is nobody's business.
+    for (const char *name : {"http_proxy", "https_proxy", "all_proxy", "no_proxy"}) {
+        const QString value = qEnvironmentVariable(name);
+        if (!value.isEmpty())
+            rows.append({QString::fromLatin1(name), value.section(QLatin1Char('@'), -1)});
+    }
+}
+
+QString median(std::vector<double> milliseconds)
+{
+    std::sort(milliseconds.begin(), milliseconds.end());
+    return QString::number(milliseconds[milliseconds.size() / 2], 'f', 1) + QStringLiteral(" ms");
+}
+
+/// The first request pays for the connection; the rest show what a request costs afterwards.
+PassportCommunityError addTimes(Cloud &cloud, Output::Rows &rows)
+{
+    constexpr int times = 6;
+    std::vector<double> milliseconds;
+    for (int i = 0; i < times; ++i) {
+        QElapsedTimer clock;
+        clock.start();
+        QVariant result;
+        const PassportCommunityError record = cloud.requestStatus(result);
+        if (record.errorCode != CommunityErrorCode::NoError)
+            return record;
+        milliseconds.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6);
+        if (i == 0)
+            rows.append({QStringLiteral("service"),
+                         result.toMap()
+                             .value(QStringLiteral("service"), QStringLiteral("answers"))
+                             .toString()});
+    }
+    rows.append({QStringLiteral("first answer"), median({milliseconds.front()})});
+    milliseconds.erase(milliseconds.begin());
+    rows.append({QStringLiteral("next answers"), median(milliseconds)});
+    return {};
+}
+
+} // namespace
+
+Exit examine(Cloud &cloud, const Output &output)
+{
+    Output::Rows rows{
+        {QStringLiteral("libpassport"), QStringLiteral(PASSPORT_VERSION)},
+        {QStringLiteral("Qt"), QStringLiteral("%1, built with %2")
+                                   .arg(QLatin1String(qVersion()), QLatin1String(QT_VERSION_STR))},
+        {QStringLiteral("system"),
+         QStringLiteral("%1, %2").arg(QSysInfo::prettyProductName(),
+                                      QSysInfo::currentCpuArchitecture())}};
+    addRequestLibrary(rows);
+    addProxies(rows);
+
+    PassportCommunityError record = cloud.configure();
+    if (record.errorCode == CommunityErrorCode::NoError) {
+        rows.append({QStringLiteral("address"), cloud.address()});
+        record = addTimes(cloud, rows);
+    }
+    QJsonObject data;
+    for (const auto &row : rows)
+        data.insert(row.first, row.second);
+    if (record.errorCode == CommunityErrorCode::NoError)
+        return output.success(QStringLiteral("Everything a sign-in needs is there"), rows, data);
+    output.report(QStringLiteral("Not everything a sign-in needs is there"), rows);
+    return output.failure(QStringLiteral("doctor"), record);
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <passport/PassportCommunityError.h>
+
+#include <QtCore/QJsonObject>
+#include <QtCore/QList>
+#include <QtCore/QPair>
+#include <QtCore/QString>
+#include <QtCore/QVariantMap>
+
+/// What scripts can tell apart. Fixed: documented in the tool's help.
+enum class Exit {
+    Success = 0,
+    Refused = 1,      ///< the service answered and said no
+    Usage = 2,        ///< the command line is wrong
+    Unreachable = 3,  ///< no usable answer from the service
+    Configuration = 4 ///< a local file or setting cannot be used
+};
+
+/// How a record ends the program.
+Exit exitOf(const VelqorPassPort::PassportCommunityError &record);
+
+/// Prints results for a person or, with `json`, one JSON object on one line for a program. Results
+/// go to standard output, a person's errors to standard error. Never prints a password or, unless
+/// it is asked for, a token.
+class Output
+{
+public:
+    using Rows = QList<QPair<QString, QString>>;
+
+    explicit Output(bool json) : m_json(json) {}
+
+    /// {"ok": true, ...data}, or `sentence` and a table.
+    Exit success(const QString &sentence, const Rows &rows, const QJsonObject &data) const;
+
+    /// {"ok": false, "error": {...}}, or what happened in words and the code's name.
+    Exit failure(const QString &operation,
+                 const VelqorPassPort::PassportCommunityError &record) const;
+
+    /// A failure that did not come from the library.
+    Exit failure(Exit exit, const QString &sentence) const;
+
+    /// Findings that precede a failure, for a person only.
+    void report(const QString &sentence, const Rows &rows) const;
+
+    /// The rows of a map in the order of its keys, lists joined, nothing for empty values.
+    static Rows rowsOf(const QVariantMap &map);
+
+private:
+    void printObject(const QJsonObject &object) const;
+
+    bool m_json;
+};

@@ -1,0 +1,112 @@
+#include "Cloud.h"
+#include "Doctor.h"
+#include "Output.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QLoggingCategory>
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <string>
+
+namespace {
+
+struct Arguments
+{
+    bool json = false;
+    bool verbose = false;
+    bool showToken = false;
+    std::string config;
+    std::string environment;
+    std::string address;
+    std::string user;
+    std::string phoneArea;
+};
+
+using Command = std::function<Exit(Cloud &, const Output &)>;
+
+QString text(const std::string &argument)
+{
+    return QString::fromStdString(argument);
+}
+
+void declareGlobal(CLI::App &app, Arguments &arguments)
+{
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.set_version_flag("--version", "passportctl " PASSPORT_VERSION);
+    app.footer("Passwords are asked for, or read from standard input; no option takes one.\n"
+               "Exit codes: 0 done, 1 the service said no, 2 wrong command line,\n"
+               "            3 the service cannot be reached, 4 a configuration cannot be used.");
+    app.add_flag("--json", arguments.json, "Print one JSON object on one line");
+    app.add_flag("-v,--verbose", arguments.verbose, "Say on standard error why a request failed");
+    app.add_option("--config", arguments.config, "Cloud configuration file (JSON)");
+    app.add_option("--environment", arguments.environment, "Name of the cloud environment");
+    app.add_option("--cloud", arguments.address, "Address of the account service");
+}
+
+CLI::App *declareAccountCommand(CLI::App &app, Arguments &arguments, const std::string &name,
+                                const std::string &description)
+{
+    CLI::App *command = app.add_subcommand(name, description);
+    command->add_option("user", arguments.user, "User name, mail address or phone number")
+        ->required();
+    command->add_option("--phone-area", arguments.phoneArea,
+                        "Phone area of the user name, such as 86");
+    return command;
+}
+
+void declareCommands(CLI::App &app, Arguments &arguments, Command &chosen)
+{
+    CLI::App *signIn = declareAccountCommand(app, arguments, "sign-in", "Sign in with a password");
+    signIn->add_flag("--show-token", arguments.showToken, "Print the session token too");
+    signIn->callback([&] {
+        chosen = [&](Cloud &cloud, const Output &) {
+            return cloud.signIn(text(arguments.user), text(arguments.phoneArea),
+                                arguments.showToken);
+        };
+    });
+    declareAccountCommand(app, arguments, "profile", "Sign in and print the account's profile")
+        ->callback([&] {
+            chosen = [&](Cloud &cloud, const Output &) {
+                return cloud.profile(text(arguments.user), text(arguments.phoneArea));
+            };
+        });
+    app.add_subcommand("status", "Ask the account service whether it is there")->callback([&] {
+        chosen = [](Cloud &cloud, const Output &) { return cloud.status(); };
+    });
+    app.add_subcommand("config", "Check and print the cloud configuration")->callback([&] {
+        chosen = [](Cloud &cloud, const Output &) { return cloud.config(); };
+    });
+    app.add_subcommand("doctor", "Look at everything that a sign-in needs")->callback([&] {
+        chosen = [](Cloud &cloud, const Output &output) { return examine(cloud, output); };
+    });
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+
+    Arguments arguments;
+    Command chosen;
+    CLI::App app("Account services from the command line", "passportctl");
+    declareGlobal(app, arguments);
+    declareCommands(app, arguments, chosen);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? 0 : static_cast<int>(Exit::Usage);
+    }
+
+    // The library's own lines carry tokens, so they stay off whatever is asked for.
+    QLoggingCategory::setFilterRules(
+        QStringLiteral("velqor.passport.lib=false\nnubelo=%1")
+            .arg(arguments.verbose ? QStringLiteral("true") : QStringLiteral("false")));
+    const Output output(arguments.json);
+    Cloud cloud({text(arguments.config), text(arguments.environment), text(arguments.address)},
+                output);
+    return static_cast<int>(chosen(cloud, output));
+}
