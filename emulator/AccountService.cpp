@@ -74,7 +74,7 @@ std::optional<Account> AccountService::authenticate(const QString &name, const Q
 
 QString AccountService::startSession(const Account &account, const QString &ip)
 {
-    const QString token = newToken();
+    QString token = newToken();
     const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
     m_store.addSession(hashToken(token), account.userId, now, ip);
     return token;

@@ -75,6 +75,8 @@ void readRedirect(const Fields &fields, Fault &fault)
         throw Refusal(400, QStringLiteral("field \"location\" must not hold control characters"));
     fault.answer = failAnswer(QStringLiteral("the answer is elsewhere"));
     fault.answer->code = fields.has(code) ? fields.number(code, 301, 308) : 302;
+    if (fault.answer->code > 303 && fault.answer->code < 307)
+        throw Refusal(400, QStringLiteral("field \"code\" must be 301, 302, 303, 307 or 308"));
     fault.answer->headers.append({QByteArrayLiteral("Location"), location});
 }
 

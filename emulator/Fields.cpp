@@ -68,7 +68,8 @@ int Fields::number(const QString &key, int minimum, int maximum) const
 
 void Fields::allowOnly(const QStringList &known) const
 {
-    for (const QString &key : m_object.keys()) {
+    const QStringList keys = m_object.keys();
+    for (const QString &key : keys) {
         if (!known.contains(key)) {
             refuse(key, QStringLiteral("is not known here; known are ") +
                             known.join(QStringLiteral(", ")));

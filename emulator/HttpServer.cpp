@@ -13,7 +13,7 @@
 namespace {
 
 constexpr std::size_t workers = 64; // an open connection occupies one, be it idle
-constexpr int keepAliveSeconds = 10;
+constexpr int keepAliveSeconds = 30;
 constexpr int listenBacklog = 128;
 constexpr std::size_t maximumBodyBytes = 1024 * 1024;
 

@@ -7,7 +7,6 @@
 #include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
-#include <QtCore/QMap>
 #include <QtCore/QStringList>
 
 namespace {
@@ -85,7 +84,7 @@ Seed::Entry Seed::readEntry(const QJsonObject &object)
     for (const QString &key : texts) {
         // An account without company fields is answered without them, all other texts are there.
         if (fields.has(key) || !key.startsWith(QLatin1String("company")))
-            profile.insert(key, fields.text(key, QStringLiteral("")));
+            profile.insert(key, fields.text(key, QLatin1String("")));
     }
     profile.insert(orders, fields.flag(orders, false));
     profile.insert(oems, QJsonArray::fromStringList(fields.texts(oems)));

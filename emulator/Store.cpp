@@ -15,20 +15,24 @@ constexpr int applicationId = 0x4C504143; // tells our files from those of other
 constexpr int schemaVersion = 1;
 const QString inMemory = QStringLiteral(":memory:");
 
-const QStringList schema = {
-    QStringLiteral("PRAGMA application_id=%1").arg(applicationId),
-    QStringLiteral("PRAGMA user_version=%1").arg(schemaVersion),
-    QStringLiteral("CREATE TABLE account (user_id INTEGER PRIMARY KEY,"
-                   " user_name TEXT NOT NULL, password TEXT NOT NULL, email TEXT NOT NULL,"
-                   " phone TEXT NOT NULL, phone_area TEXT NOT NULL, locked INTEGER NOT NULL,"
-                   " note TEXT NOT NULL, profile TEXT NOT NULL,"
-                   " login_at TEXT NOT NULL DEFAULT '', login_ip TEXT NOT NULL DEFAULT '',"
-                   " previous_login_at TEXT NOT NULL DEFAULT '',"
-                   " previous_login_ip TEXT NOT NULL DEFAULT '')"),
-    QStringLiteral("CREATE UNIQUE INDEX account_name ON account (user_name)"),
-    QStringLiteral("CREATE INDEX account_email ON account (email)"),
-    QStringLiteral("CREATE INDEX account_phone ON account (phone, phone_area)"),
-    QStringLiteral("CREATE TABLE session (token_hash TEXT PRIMARY KEY, user_id INTEGER NOT NULL)")};
+QStringList schema()
+{
+    return {
+        QStringLiteral("PRAGMA application_id=%1").arg(applicationId),
+        QStringLiteral("PRAGMA user_version=%1").arg(schemaVersion),
+        QStringLiteral("CREATE TABLE account (user_id INTEGER PRIMARY KEY,"
+                       " user_name TEXT NOT NULL, password TEXT NOT NULL, email TEXT NOT NULL,"
+                       " phone TEXT NOT NULL, phone_area TEXT NOT NULL, locked INTEGER NOT NULL,"
+                       " note TEXT NOT NULL, profile TEXT NOT NULL,"
+                       " login_at TEXT NOT NULL DEFAULT '', login_ip TEXT NOT NULL DEFAULT '',"
+                       " previous_login_at TEXT NOT NULL DEFAULT '',"
+                       " previous_login_ip TEXT NOT NULL DEFAULT '')"),
+        QStringLiteral("CREATE UNIQUE INDEX account_name ON account (user_name)"),
+        QStringLiteral("CREATE INDEX account_email ON account (email)"),
+        QStringLiteral("CREATE INDEX account_phone ON account (phone, phone_area)"),
+        QStringLiteral(
+            "CREATE TABLE session (token_hash TEXT PRIMARY KEY, user_id INTEGER NOT NULL)")};
+}
 
 const QString selectAccount = QStringLiteral(
     "SELECT account.user_id, user_name, password, email, phone, phone_area, locked, note, profile,"
@@ -54,7 +58,7 @@ QSqlQuery run(const QSqlDatabase &database, const QString &sql, const QVariantLi
 // A null QString would be stored as NULL.
 QString notNull(const QString &text)
 {
-    return text.isNull() ? QStringLiteral("") : text;
+    return text.isNull() ? QString(QLatin1String("")) : text;
 }
 
 class Transaction
@@ -185,13 +189,17 @@ void Store::create(const QString &path, const Accounts &accounts)
     if (!m_database.open())
         fail(QStringLiteral("cannot be created: ") + m_database.lastError().databaseText());
     Transaction transaction(m_database);
-    for (const QString &statement : schema)
+    const QStringList statements = schema();
+    for (const QString &statement : statements)
         run(m_database, statement);
     insertAccounts(m_database, accounts);
     transaction.commit();
     if (path == inMemory)
         return;
     m_database.close();
+    QFile::setPermissions(draft, QFile::ReadOwner | QFile::WriteOwner);
+    // SQLite would take the write-ahead log of a file that somebody deleted for ours.
+    QFile::remove(path + QStringLiteral("-wal"));
     if (std::rename(QFile::encodeName(draft).constData(), QFile::encodeName(path).constData()) != 0)
         fail(QStringLiteral("cannot be created: ") + draft + QStringLiteral(" cannot be renamed"));
 }

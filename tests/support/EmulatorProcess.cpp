@@ -5,7 +5,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QProcess>
-#include <QtCore/QThread>
+#include <QtCore/QProcessEnvironment>
 #include <QtCore/QUrl>
 #include <QtNetwork/QTcpSocket>
 
@@ -30,6 +30,15 @@ protected:
     }
 };
 
+// Read by the thread sanitizer's runtime, where the emulator is built with it.
+QProcessEnvironment environment()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("TSAN_OPTIONS"),
+                       QStringLiteral("suppressions=" EMULATOR_TSAN_SUPPRESSIONS));
+    return environment;
+}
+
 } // namespace
 
 QJsonObject EmulatorProcess::HttpReply::json() const
@@ -50,6 +59,7 @@ bool EmulatorProcess::start()
     const QString readyFile = path(QStringLiteral("ready"));
     QFile::remove(readyFile);
     m_process = std::make_unique<ChildProcess>();
+    m_process->setProcessEnvironment(environment());
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_process->start(program(), QStringList{QStringLiteral("--port"), QStringLiteral("0"),
                                             QStringLiteral("--ready-file"), readyFile} +
