@@ -47,7 +47,7 @@ InitialWorker::~InitialWorker()
 
 bool InitialWorker::initialModule(QString passportDir)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard<std::mutex> lock(m_mutex);
     if (m_initialized)
         return true;
     m_initialized = true; // before anything can fail: only exitModule() allows another start

@@ -3,9 +3,10 @@
 #include "common/Export.h"
 
 #include <QtCore/QJsonObject>
-#include <QtCore/QMutex>
 #include <QtCore/QObject>
 #include <QtCore/QProcess>
+
+#include <mutex>
 
 namespace VelqorPassPort {
 
@@ -63,7 +64,7 @@ private:
     QString m_sysCfgFilePath;
     QString m_cfgFilePath;
     QString m_hubName;
-    QMutex m_mutex;
+    std::mutex m_mutex;
     bool m_initialized = false;
     QString m_passportDir;
     QProcess m_process;
