@@ -232,6 +232,7 @@ void TestDocuments::managerLoadsOnceFromManyThreads()
     ConfigMgr manager;
     std::vector<std::shared_ptr<ConfigBase>> seen(4);
     std::vector<std::thread> threads;
+    threads.reserve(seen.size());
     for (auto &document : seen) {
         threads.emplace_back([&] {
             manager.init(m_dir.filePath(systemFile));

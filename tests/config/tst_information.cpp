@@ -187,9 +187,9 @@ void TestInformation::fullDiskKeepsOtherKeys()
 void TestInformation::threadsLoseNothing()
 {
     constexpr int rounds = 50;
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
-        threads.emplace_back([this, thread] {
+    std::vector<std::thread> threads(4);
+    for (size_t thread = 0; thread < threads.size(); ++thread) {
+        threads[thread] = std::thread([this, thread] {
             for (int round = 0; round < rounds; ++round) {
                 const QString key = QStringLiteral("%1.%2").arg(thread).arg(round);
                 g_setConfigInformation(key, key, path());

@@ -280,9 +280,9 @@ void TestWorker::threadsStartOnlyOnce()
     m_dir->writeSystemCfg(object(R"({"Tunnel": {}})"));
     configureRecordedHub();
     InitialWorker worker;
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread)
-        threads.emplace_back([&] { worker.initialModule(m_dir->path()); });
+    std::vector<std::thread> threads(4);
+    for (std::thread &thread : threads)
+        thread = std::thread([&] { worker.initialModule(m_dir->path()); });
     for (std::thread &thread : threads)
         thread.join();
     QCOMPARE(m_tools->calls(), QStringList{psCall});
