@@ -1,6 +1,8 @@
 # What every target of the project has in common, and one small function for each kind of target.
 
+# passport_target_defaults(name [TEST]): tests may write their many texts as plain literals.
 function(passport_target_defaults target)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "TEST" "" "")
   set_target_properties(${target} PROPERTIES
     AUTOMOC ON
     CXX_STANDARD 17
@@ -9,11 +11,15 @@ function(passport_target_defaults target)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
-  target_compile_definitions(${target} PRIVATE
-    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING
-    QT_DEPRECATED_WARNINGS QT_MESSAGELOGCONTEXT)
+  target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS QT_DEPRECATED_WARNINGS QT_MESSAGELOGCONTEXT)
+  if(NOT ARG_TEST)
+    target_compile_definitions(${target} PRIVATE
+      QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING)
+  endif()
   target_compile_options(${target} PRIVATE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wundef)
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wundef
+    # Qt's logging macros.
+    $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-gnu-zero-variadic-macro-arguments>)
 endfunction()
 
 # passport_add_library(name SOURCES file...): a shared library that finds its neighbours beside itself.
@@ -43,7 +49,7 @@ endfunction()
 function(passport_add_test target)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "" "TIMEOUT" "SOURCES;LIBRARIES")
   add_executable(${target} ${ARG_SOURCES})
-  passport_target_defaults(${target})
+  passport_target_defaults(${target} TEST)
   target_link_libraries(${target} PRIVATE ${ARG_LIBRARIES} Qt5::Test)
   if(NOT ARG_TIMEOUT)
     set(ARG_TIMEOUT 60)

@@ -1,0 +1,155 @@
+#include "Emulator.h"
+
+#include "Loopback.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QJsonArray>
+#include <QtCore/QStringList>
+#include <QtCore/QUrl>
+
+#include <algorithm>
+
+namespace {
+
+const QString get = QStringLiteral("GET");
+const QString post = QStringLiteral("POST");
+const QString del = QStringLiteral("DELETE");
+
+// A web page in the developer's browser can send requests here, and by a name that it lets resolve
+// to the loopback address it could even read the answers. Browsers give such pages away in these
+// headers.
+void requireLocalCaller(const Request &request)
+{
+    const QStringList hosts = request.headerValues(QStringLiteral("Host"));
+    if (!std::all_of(hosts.begin(), hosts.end(), isLoopbackAuthority))
+        throw Refusal(403, QStringLiteral("the Host header does not name a loopback address"));
+    const QStringList origins = request.headerValues(QStringLiteral("Origin"));
+    for (const QString &origin : origins) {
+        if (!isLoopbackAuthority(QUrl(origin).authority()))
+            throw Refusal(403, QStringLiteral("the Origin header names a foreign web page"));
+    }
+}
+
+bool matches(const QString &routePath, const QString &path)
+{
+    return routePath.endsWith(QLatin1Char('/')) ? path.startsWith(routePath) : path == routePath;
+}
+
+// The route of a request; throws the refusal if there is none.
+template <typename Routes>
+const typename Routes::value_type &findRoute(const Routes &routes, const Request &request)
+{
+    QStringList methods;
+    for (const auto &route : routes) {
+        if (matches(route.path, request.path)) {
+            if (route.method == request.method)
+                return route;
+            methods.append(route.method);
+        }
+    }
+    if (methods.isEmpty())
+        throw Refusal(404, QStringLiteral("there is nothing at %1").arg(request.path));
+    throw Refusal(405, QStringLiteral("%1 answers %2, not %3")
+                           .arg(request.path, methods.join(QStringLiteral(", ")), request.method));
+}
+
+} // namespace
+
+Emulator::Emulator(Store &store, const Seed &seed)
+    : m_store(store)
+    , m_seed(seed)
+    , m_accounts(store)
+    , m_apiRoutes(apiRoutes())
+    , m_developerRoutes(developerRoutes())
+{
+    QStringList names;
+    for (const Route &route : m_apiRoutes)
+        names.append(route.name);
+    m_faults.setRequestNames(names);
+}
+
+std::vector<Emulator::Route> Emulator::apiRoutes()
+{
+    const auto route = [](const char *name, const QString &method, const char *path,
+                          auto function) {
+        return Route{QString::fromLatin1(name), method, QLatin1String("/v1") + QLatin1String(path),
+                     std::move(function)};
+    };
+    return {
+        route("status", get, "/status", [this](auto &) { return status(); }),
+        route("userLogin", post, "/user/login", [this](auto &r) { return m_accounts.logIn(r); }),
+        route("getPassInfo", post, "/user/info", [this](auto &r) { return m_accounts.profile(r); }),
+    };
+}
+
+std::vector<Emulator::Route> Emulator::developerRoutes()
+{
+    const QString requests = QStringLiteral("/_dev/requests");
+    const QString faults = QStringLiteral("/_dev/faults");
+    const auto list = [this](auto &) { return okAnswer(m_log.toJson()); };
+    const auto forget = [this](auto &) {
+        m_log.clear();
+        return okAnswer({});
+    };
+    const auto listFaults = [this](auto &) { return okAnswer(m_faults.toJson()); };
+    const auto clearFaults = [this](auto &) {
+        m_faults.clear();
+        return okAnswer({});
+    };
+    return {
+        {{}, get, requests, list},
+        {{}, del, requests, forget},
+        {{}, get, faults, listFaults},
+        {{}, post, faults, [this](auto &r) { return addFault(r); }},
+        {{}, del, faults, clearFaults},
+        {{}, post, QStringLiteral("/_dev/reset"), [this](auto &) { return reset(); }},
+    };
+}
+
+Answer Emulator::answer(const Request &request)
+{
+    try {
+        requireLocalCaller(request);
+        return request.path.startsWith(QLatin1String("/_dev/"))
+                   ? findRoute(m_developerRoutes, request).function(request)
+                   : answerApi(request);
+    } catch (const Refusal &refusal) {
+        return failAnswer(refusal.text(), refusal.code());
+    } catch (const StoreError &error) {
+        return failAnswer(QString::fromUtf8(error.what()), 500);
+    }
+}
+
+Answer Emulator::answerApi(const Request &request)
+{
+    RequestLog::Entry &entry = m_log.add(request);
+    const Route &route = findRoute(m_apiRoutes, request);
+    entry.name = route.name;
+    const std::optional<Fault> fault = m_faults.take(route.name);
+    Answer answer = fault && fault->answer ? *fault->answer : route.function(request);
+    if (fault)
+        answer.delivery = fault->delivery;
+    return answer;
+}
+
+Answer Emulator::status() const
+{
+    return okAnswer(QJsonObject{
+        {QStringLiteral("service"), QStringLiteral("passport-emulator")},
+        {QStringLiteral("version"), QStringLiteral(PASSPORT_VERSION)},
+        {QStringLiteral("time"), QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs)}});
+}
+
+Answer Emulator::reset()
+{
+    m_store.reset(m_seed.accounts());
+    m_faults.clear();
+    m_log.clear();
+    return okAnswer({});
+}
+
+Answer Emulator::addFault(const Request &request)
+{
+    m_faults.add(request.json());
+    return okAnswer({});
+}

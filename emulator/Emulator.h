@@ -1,0 +1,48 @@
+#pragma once
+
+#include "AccountService.h"
+#include "Faults.h"
+#include "Message.h"
+#include "RequestLog.h"
+#include "Seed.h"
+#include "Store.h"
+
+#include <functional>
+#include <vector>
+
+/// The account cloud: finds the function that answers a request, under /v1 for the account API and
+/// under /_dev/ for the developer who watches and disturbs it.
+///
+/// Used from the store's thread. Every request gets an answer, a bad one an HTTP code of 400 or
+/// above and a sentence.
+class Emulator
+{
+public:
+    Emulator(Store &store, const Seed &seed);
+
+    Answer answer(const Request &request);
+
+private:
+    struct Route
+    {
+        QString name; ///< the client library's name of the request
+        QString method;
+        QString path; ///< ending in "/": everything below it
+        std::function<Answer(const Request &)> function;
+    };
+
+    std::vector<Route> apiRoutes();
+    std::vector<Route> developerRoutes();
+    Answer answerApi(const Request &request);
+    Answer status() const;
+    Answer reset();
+    Answer addFault(const Request &request);
+
+    Store &m_store;
+    const Seed &m_seed;
+    AccountService m_accounts;
+    Faults m_faults;
+    RequestLog m_log;
+    std::vector<Route> m_apiRoutes;
+    std::vector<Route> m_developerRoutes;
+};

@@ -1,0 +1,60 @@
+#include "Message.h"
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QStringList>
+
+namespace {
+
+Answer jsonAnswer(const QString &status, const QJsonValue &result, int code)
+{
+    const QJsonObject envelope{{QStringLiteral("status"), status},
+                               {QStringLiteral("result"), result}};
+    Answer answer;
+    answer.code = code;
+    answer.body = QJsonDocument(envelope).toJson(QJsonDocument::Compact);
+    return answer;
+}
+
+} // namespace
+
+QStringList Request::headerValues(const QString &name) const
+{
+    QStringList values;
+    for (const auto &header : headers) {
+        if (header.first.compare(name, Qt::CaseInsensitive) == 0)
+            values.append(header.second);
+    }
+    return values;
+}
+
+bool Request::queryFlag(const QString &key) const
+{
+    const QString value = query.value(key, QStringLiteral("false"));
+    if (value != QLatin1String("true") && value != QLatin1String("false"))
+        throw Refusal(400, QStringLiteral("query value \"%1\" must be true or false").arg(key));
+    return value == QLatin1String("true");
+}
+
+QJsonObject Request::json() const
+{
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(body, &error);
+    if (error.error != QJsonParseError::NoError) {
+        throw Refusal(400, QStringLiteral("the body is not JSON: %1 at byte %2")
+                               .arg(error.errorString())
+                               .arg(error.offset));
+    }
+    if (!document.isObject())
+        throw Refusal(400, QStringLiteral("the body is not a JSON object"));
+    return document.object();
+}
+
+Answer okAnswer(const QJsonValue &result)
+{
+    return jsonAnswer(QStringLiteral("ok"), result, 200);
+}
+
+Answer failAnswer(const QString &text, int code)
+{
+    return jsonAnswer(QStringLiteral("fail"), text, code);
+}

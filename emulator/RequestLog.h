@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Message.h"
+
+#include <QtCore/QJsonArray>
+
+#include <deque>
+
+/// The newest API requests, for whoever wants to know what a client really sent.
+///
+/// Kept in memory alone, with the passwords and tokens the requests carried.
+class RequestLog
+{
+public:
+    struct Entry
+    {
+        QString name; ///< empty for a path that nothing answers
+        Request request;
+    };
+
+    /// Adds a request, of a long body its beginning, and drops the oldest over 1000. The reference
+    /// is valid until the next call.
+    Entry &add(const Request &request);
+    void clear() { m_entries.clear(); }
+
+    /// The oldest first, each {"name","method","path","query","headers","body"}; a body is the JSON
+    /// that it holds, else its text, null without one.
+    QJsonArray toJson() const;
+
+private:
+    std::deque<Entry> m_entries;
+};

@@ -1,0 +1,158 @@
+#include "passport/PassportCommunityError.h"
+#include "passport/PassportNubelo.h"
+
+#include <QtCore/QJsonObject>
+#include <QtCore/QMetaEnum>
+#include <QtTest/QtTest>
+
+using namespace VelqorPassPort;
+using Code = CommunityErrorCode;
+
+/// The two translations into records, and the numbers that hosts store.
+class tst_ErrorCodes : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theNumbersAreThoseInTheField();
+    void translatesCloudCodes_data();
+    void translatesCloudCodes();
+    void translatesServerWords_data();
+    void translatesServerWords();
+    void keepsWhatAWordSaysNothingAbout();
+};
+
+// The anchors of every run of numbers; the runs themselves are held by the round trip below.
+void tst_ErrorCodes::theNumbersAreThoseInTheField()
+{
+    const QMetaEnum keys = QMetaEnum::fromType<Code::ErrorCode>();
+    QCOMPARE(keys.keyCount(), 59);
+    const QList<QPair<int, const char *>> anchors{{0, "NoError"},
+                                                  {0x5070001, "JsonErr"},
+                                                  {0x5070003, "AuthErr"},
+                                                  {0x5070009, "UrlErr"},
+                                                  {0x5070010, "NotExistErr"},
+                                                  {0x5070011, "NetErr"},
+                                                  {0x5070101, "EC_ConnectionRefusedError"},
+                                                  {0x507010b, "EC_InsecureRedirectError"},
+                                                  {0x5070164, "EC_UnknownNetworkError"},
+                                                  {0x5070166, "EC_ProxyConnectionRefusedError"},
+                                                  {0x50701c8, "EC_UnknownProxyError"},
+                                                  {0x50701ca, "EC_ContentAccessDenied"},
+                                                  {0x50701ce, "EC_ContentReSendError"},
+                                                  {0x507022c, "EC_UnknownContentError"},
+                                                  {0x507022e, "EC_ProtocolUnknownError"},
+                                                  {0x5070290, "EC_ProtocolFailure"},
+                                                  {0x5070292, "EC_InternalServerError"},
+                                                  {0x50702f4, "EC_UnknownServerError"},
+                                                  {0x5072101, "EC_RequestNameNotExist"},
+                                                  {0x507210e, "EC_IsRuning"}};
+    for (const auto &[number, key] : anchors)
+        QCOMPARE(keys.valueToKey(number), key);
+}
+
+// Each EC_ code is reached from the cloud's code of the same meaning and carries its own key name;
+// the cloud library's own enumeration has a counterpart for each.
+void tst_ErrorCodes::translatesCloudCodes_data()
+{
+    QTest::addColumn<int>("cloudCode");
+    QTest::addColumn<int>("number");
+    QTest::addColumn<QString>("name");
+
+    const QMetaEnum keys = QMetaEnum::fromType<Code::ErrorCode>();
+    const QMetaEnum cloudKeys = QMetaEnum::fromType<Nubelo::Error::ErrorCode>();
+    const QList<int> noNet{0x5003, 0x7000, 0x7005};
+    for (int i = 0; i < keys.keyCount(); ++i) {
+        const QString key = keys.key(i);
+        if (!key.startsWith("EC_"))
+            continue;
+        const int cloudCode = keys.value(i) - 0x0506B101;
+        const QString cloudKey = cloudKeys.valueToKey(cloudCode);
+        const QString same = key == "EC_IsRuning" ? "IsRunning" : key.mid(3);
+        QCOMPARE(cloudKey, same);
+        if (noNet.contains(cloudCode))
+            QTest::addRow("%s", qPrintable(key)) << cloudCode << int(Code::NetErr) << "NetErr";
+        else
+            QTest::addRow("%s", qPrintable(key)) << cloudCode << keys.value(i) << key;
+    }
+    QTest::newRow("zero") << 0 << 0x0506B101 << "";
+    QTest::newRow("outside") << 0x6000 << 0x0507'1101 << "";
+    QTest::newRow("negative") << -1 << 0x0506B100 << "";
+    QTest::newRow("largest") << INT_MAX << int(0x8506B100u) << "";
+}
+
+void tst_ErrorCodes::translatesCloudCodes()
+{
+    QFETCH(int, cloudCode);
+    PassportNubelo client;
+    const auto record = client.setErrorCode(static_cast<Nubelo::Error::ErrorCode>(cloudCode));
+    QTEST(int(record.errorCode), "number");
+    QTEST(record.errorName, "name");
+    QVERIFY(record.errorMessage.isEmpty() && record.errorData.isNull());
+}
+
+void tst_ErrorCodes::translatesServerWords_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("message");
+    QTest::addColumn<QJsonDocument>("data");
+
+    const QJsonDocument none;
+    QTest::newRow("autherr inside, capitals") << "x-AUTHERR-y" << int(Code::AuthErr) << "AuthErr"
+                                              << "" << none;
+    QTest::newRow("pwderr inside") << "my pwdErr!" << int(Code::AuthErr) << "JsonErr"
+                                   << "pwdErr" << none;
+    QTest::newRow("dberr") << "dbErr" << int(Code::DbErr) << "dbErr"
+                           << "" << none;
+    QTest::newRow("illegalerr") << "ILLEGALerr" << int(Code::IllegalErr) << "illegalErr"
+                                << "" << none;
+    QTest::newRow("unknownerr") << "unknownerr" << int(Code::UnknownErr) << "unknownErr"
+                                << "" << none;
+    QTest::newRow("order decides, not position")
+        << "dberr autherr" << int(Code::AuthErr) << "AuthErr"
+        << "" << none;
+    QTest::newRow("words in a JSON text") << R"({"e":"pwderr"})" << int(Code::AuthErr) << "JsonErr"
+                                          << "pwdErr" << none;
+    QTest::newRow("plain words") << "no such thing" << int(Code::JsonErr) << "no such thing"
+                                 << "no such thing" << none;
+    QTest::newRow("empty") << "" << int(Code::JsonErr) << ""
+                           << "" << none;
+    const QString object = QString::fromUtf8(R"({"grund":"gesperrt äöü"})");
+    QTest::newRow("JSON object") << object << int(Code::JsonErr) << object << object
+                                 << QJsonDocument(
+                                        QJsonObject{{"grund", QString::fromUtf8("gesperrt äöü")}});
+}
+
+void tst_ErrorCodes::translatesServerWords()
+{
+    QFETCH(QString, text);
+    PassportCommunityError record;
+    record.setErrorCode(text);
+    QTEST(int(record.errorCode), "code");
+    QTEST(record.errorName, "name");
+    QTEST(record.errorMessage, "message");
+    QTEST(record.errorData, "data");
+}
+
+void tst_ErrorCodes::keepsWhatAWordSaysNothingAbout()
+{
+    const QJsonDocument data(QJsonObject{{"a", 1}});
+    for (const char *word : {"autherr", "dberr", "illegalerr", "unknownErr"}) {
+        PassportCommunityError record{Code::JsonErr, "old name", "old message", data};
+        record.setErrorCode(word);
+        QVERIFY(record.errorName != "old name");
+        QCOMPARE(record.errorMessage, "old message");
+        QCOMPARE(record.errorData, data);
+    }
+    PassportCommunityError record{Code::JsonErr, "old name", "old message", data};
+    record.setErrorCode("pwderr");
+    QCOMPARE(record.errorMessage, "pwdErr");
+    QCOMPARE(record.errorData, data);
+    record.setErrorCode("not JSON");
+    QVERIFY(record.errorData.isNull());
+}
+
+QTEST_GUILESS_MAIN(tst_ErrorCodes)
+#include "tst_errorcodes.moc"

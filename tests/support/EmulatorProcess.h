@@ -1,0 +1,70 @@
+#pragma once
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonObject>
+#include <QtCore/QJsonValue>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+#include <QtCore/QTemporaryDir>
+
+#include <memory>
+
+class QProcess;
+class QTcpSocket;
+
+/// A passport-emulator in a child process on a free port, for end-to-end tests.
+///
+/// Used from one thread, which needs no event loop; that thread must outlive the object. Everything
+/// waits with a deadline. The destructor ends the process, and so does the end of the test program.
+class EmulatorProcess
+{
+public:
+    struct HttpReply
+    {
+        int code = 0; ///< 0: no whole status line came
+        QByteArray head;
+        QByteArray body;
+        QJsonObject json() const;
+    };
+
+    /// Options are added to those for the port and the ready file.
+    explicit EmulatorProcess(const QStringList &options = {});
+    ~EmulatorProcess();
+    EmulatorProcess(const EmulatorProcess &) = delete;
+    EmulatorProcess &operator=(const EmulatorProcess &) = delete;
+
+    bool start();   ///< false with a warning if it does not serve in time
+    bool stop();    ///< SIGTERM; false with a warning unless it ends with exit code 0
+    void kill();    ///< SIGKILL
+    bool restart(); ///< as it was started, on another port; kill() and start()
+
+    QString baseUrl() const; ///< "http://127.0.0.1:port/v1"
+    quint16 port() const;
+    QString path(const QString &fileName) const; ///< in a directory of this object
+    QByteArray output();                         ///< of standard output, so far
+
+    /// One call of the developer's interface, with a path like "requests": its result, or undefined
+    /// with a warning when it failed.
+    QJsonValue devGet(const QString &path);
+    QJsonValue devPost(const QString &path, const QJsonObject &body = {});
+    QJsonValue devDelete(const QString &path);
+    QJsonArray requests() { return devGet(QStringLiteral("requests")).toArray(); }
+    bool addFault(const QJsonObject &fault);
+
+    /// One request on a connection of its own. Headers are lines without their end.
+    HttpReply http(const QByteArray &method, const QByteArray &target, const QByteArray &body = {},
+                   const QList<QByteArray> &headers = {});
+    /// Sends bytes as they are and returns all that comes until the connection ends.
+    QByteArray exchange(const QByteArray &bytes);
+    std::unique_ptr<QTcpSocket> connectSocket();
+
+    static QString program(); ///< the emulator's executable
+
+private:
+    QJsonValue dev(const QByteArray &method, const QString &path, const QByteArray &body);
+
+    QTemporaryDir m_directory;
+    QStringList m_options;
+    std::unique_ptr<QProcess> m_process;
+    QString m_baseUrl;
+};

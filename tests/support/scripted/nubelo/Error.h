@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QtCore/QObject>
+
+namespace Nubelo {
+
+class Error
+{
+    Q_GADGET
+
+public:
+    enum ErrorCode {
+        NoError = 0,
+        Refused = 0x5000,
+        TimedOut = 0x5003,
+        Gone = 0x50cf,
+        Unknown = 0x7000
+    };
+    Q_ENUM(ErrorCode)
+};
+
+} // namespace Nubelo
