@@ -13,9 +13,9 @@
 
 namespace {
 
-const QString systemFile = QStringLiteral("config/SystemCfg.cfg");
-const QString passportFile = QStringLiteral("config/PassPortCfg.cfg");
-const QString emptyDocument = QStringLiteral("{\n}\n");
+const QString systemFile = "config/SystemCfg.cfg";
+const QString passportFile = "config/PassPortCfg.cfg";
+const QString emptyDocument = "{\n}\n";
 
 } // namespace
 
@@ -61,28 +61,28 @@ void TestDocuments::refusesWhatIsNoDocument()
 {
     QFETCH(QByteArray, content);
     QFETCH(bool, loads);
-    m_dir.write(QStringLiteral("good"), R"({"Tunnel": {"Port": 1}})");
-    m_dir.write(QStringLiteral("tried"), content);
+    m_dir.write("good", R"({"Tunnel": {"Port": 1}})");
+    m_dir.write("tried", content);
     ConfigBase document;
-    QVERIFY(document.loadCfg(m_dir.filePath(QStringLiteral("good"))));
+    QVERIFY(document.loadCfg(m_dir.filePath("good")));
 
-    QCOMPARE(document.loadCfg(m_dir.filePath(QStringLiteral("tried"))), loads);
+    QCOMPARE(document.loadCfg(m_dir.filePath("tried")), loads);
     QCOMPARE(document.getCfgJson() != emptyDocument, loads);
-    QCOMPARE(document.saveCfg(m_dir.filePath(QStringLiteral("good"))), loads);
+    QCOMPARE(document.saveCfg(m_dir.filePath("good")), loads);
 }
 
 void TestDocuments::reportsUnreadableFile()
 {
-    const QStringList complaint{QStringLiteral("critical open file failed")};
+    const QStringList complaint{"critical open file failed"};
     LogCapture log;
     ConfigBase document;
-    QVERIFY(!document.loadCfg(m_dir.filePath(QStringLiteral("missing"))));
+    QVERIFY(!document.loadCfg(m_dir.filePath("missing")));
     QCOMPARE(log.lines(), QStringList());
-    QVERIFY(!document.loadCfg(m_dir.filePath(QStringLiteral("config"))));
+    QVERIFY(!document.loadCfg(m_dir.filePath("config")));
     QCOMPARE(log.lines(), complaint);
 
-    m_dir.write(QStringLiteral("locked"), R"({"a": 1})");
-    const QString path = m_dir.filePath(QStringLiteral("locked"));
+    m_dir.write("locked", R"({"a": 1})");
+    const QString path = m_dir.filePath("locked");
     QVERIFY(QFile::setPermissions(path, {}));
     QVERIFY(QFile::setPermissions(m_dir.path(), QFile::Permissions(0x7777)));
     log.clear();
@@ -94,8 +94,8 @@ void TestDocuments::reportsUnreadableFile()
 
 void TestDocuments::findsAndChangesValues()
 {
-    const QString section = QStringLiteral("Tunnel");
-    const QString key = QStringLiteral("Port");
+    const QString section = "Tunnel";
+    const QString key = "Port";
     m_dir.write(systemFile,
                 R"({"": {"": 1, "Port": 2}, "text": "x", "Tunnel": {"Port": 8, "": 3}})");
     ConfigBase document;
@@ -104,10 +104,10 @@ void TestDocuments::findsAndChangesValues()
     QCOMPARE(document.value(section, key, 5).toInt(), 8);
     QCOMPARE(document.value(QString(), key, 5).toInt(), 5);
     QCOMPARE(document.value(section, QString(), 5).toInt(), 5);
-    QCOMPARE(document.value(QStringLiteral("text"), key, 5).toInt(), 5);
-    QCOMPARE(document.value(section, QStringLiteral("port"), 5).toInt(), 5);
-    QCOMPARE(document.rawValue(QStringLiteral("text"), 5).toString(), QStringLiteral("x"));
-    QCOMPARE(document.rawValue(QStringLiteral("none"), 5).toInt(), 5);
+    QCOMPARE(document.value("text", key, 5).toInt(), 5);
+    QCOMPARE(document.value(section, "port", 5).toInt(), 5);
+    QCOMPARE(document.rawValue("text", 5).toString(), "x");
+    QCOMPARE(document.rawValue("none", 5).toInt(), 5);
 
     const QString before = document.getCfgJson();
     QVERIFY(!document.setValue(section, key, QVariant()));
@@ -116,9 +116,9 @@ void TestDocuments::findsAndChangesValues()
     QVERIFY(!document.setValue(section, QString(), 1));
     QCOMPARE(document.getCfgJson(), before);
 
-    QVERIFY(document.setValue(QStringLiteral("text"), key, 9));
-    QCOMPARE(document.rawValue(QStringLiteral("text"), {}).toMap(), (QVariantMap{{key, 9}}));
-    QVERIFY(document.setValue(section, QStringLiteral("Channel"), QStringLiteral("4G")));
+    QVERIFY(document.setValue("text", key, 9));
+    QCOMPARE(document.rawValue("text", {}).toMap(), (QVariantMap{{key, 9}}));
+    QVERIFY(document.setValue(section, "Channel", "4G"));
     QCOMPARE(document.value(section, key, 5).toInt(), 8);
 }
 
@@ -127,23 +127,23 @@ void TestDocuments::savesOnlyLoadedDocumentsToExistingFiles()
     const QString path = m_dir.filePath(systemFile);
     m_dir.write(systemFile, R"({"Tunnel": {"Port": 8}, "Default": {"StartHub": true}})");
     ConfigBase unloaded;
-    QVERIFY(unloaded.setValue(QStringLiteral("a"), QStringLiteral("b"), 1));
+    QVERIFY(unloaded.setValue("a", "b", 1));
     QVERIFY(!unloaded.saveCfg(path));
 
     ConfigBase document;
     QVERIFY(document.loadCfg(path));
-    QVERIFY(document.setValue(QStringLiteral("Tunnel"), QStringLiteral("Port"), 9));
+    QVERIFY(document.setValue("Tunnel", "Port", 9));
     QVERIFY(document.saveCfg(path));
     QCOMPARE(m_dir.read(systemFile), document.getCfgJson().toUtf8());
     ConfigBase again;
     QVERIFY(again.loadCfg(path));
-    QCOMPARE(again.value(QStringLiteral("Tunnel"), QStringLiteral("Port"), 0).toInt(), 9);
-    QVERIFY(again.value(QStringLiteral("Default"), QStringLiteral("StartHub"), false).toBool());
+    QCOMPARE(again.value("Tunnel", "Port", 0).toInt(), 9);
+    QVERIFY(again.value("Default", "StartHub", false).toBool());
 
     QVERIFY(QFile::remove(path));
     QVERIFY(!document.saveCfg(path));
     QVERIFY(!QFile::exists(path));
-    QVERIFY(!document.saveCfg(m_dir.filePath(QStringLiteral("config"))));
+    QVERIFY(!document.saveCfg(m_dir.filePath("config")));
 }
 
 void TestDocuments::failedSaveKeepsTheOldFile()
@@ -153,8 +153,7 @@ void TestDocuments::failedSaveKeepsTheOldFile()
     const QString path = m_dir.filePath(systemFile);
     ConfigBase document;
     QVERIFY(document.loadCfg(path));
-    QVERIFY(
-        document.setValue(QStringLiteral("a"), QStringLiteral("c"), QString(100000, QChar(u'x'))));
+    QVERIFY(document.setValue("a", "c", QString(100000, QChar(u'x'))));
 
     QCOMPARE(inChildProcess([&] {
                  const rlimit fullDisk{4096, 4096};
@@ -172,28 +171,28 @@ void TestDocuments::managerFindsDocumentsSideBySide()
     ConfigMgr manager;
     QVERIFY(!manager.init(path));
 
-    dir.writeSystemCfg({{QStringLiteral("Tunnel"), QJsonObject{{QStringLiteral("Port"), 1}}}});
+    dir.writeSystemCfg({{"Tunnel", QJsonObject{{"Port", 1}}}});
     QVERIFY(!manager.init(path));
     QVERIFY(manager.systemConfig());
     QVERIFY(!manager.passportConfig());
 
-    dir.writePassportCfg({{QStringLiteral("hub"), QJsonObject()}});
+    dir.writePassportCfg({{"hub", QJsonObject()}});
     QVERIFY(manager.init(path));
     const auto loaded = manager.systemConfig();
-    m_dir.writeSystemCfg({{QStringLiteral("other"), 1}});
-    m_dir.writePassportCfg({{QStringLiteral("other"), 1}});
+    m_dir.writeSystemCfg({{"other", 1}});
+    m_dir.writePassportCfg({{"other", 1}});
     QVERIFY(manager.init(m_dir.filePath(systemFile)));
     QVERIFY(manager.init());
     QCOMPARE(manager.systemConfig(), loaded);
-    QCOMPARE(loaded->value(QStringLiteral("Tunnel"), QStringLiteral("Port"), 0).toInt(), 1);
-    QVERIFY(!manager.init(dir.filePath(QStringLiteral("missing"))));
+    QCOMPARE(loaded->value("Tunnel", "Port", 0).toInt(), 1);
+    QVERIFY(!manager.init(dir.filePath("missing")));
 }
 
 void TestDocuments::managerLoadsPathAsGiven()
 {
     const PassportDirectory dir;
-    dir.writeSystemCfg({{QStringLiteral("a"), 1}});
-    dir.writePassportCfg({{QStringLiteral("a"), 1}});
+    dir.writeSystemCfg({{"a", 1}});
+    dir.writePassportCfg({{"a", 1}});
     const QString relative =
         QDir(QCoreApplication::applicationDirPath()).relativeFilePath(dir.filePath(systemFile));
     const QString workingDirectory = QDir::currentPath();
@@ -203,32 +202,32 @@ void TestDocuments::managerLoadsPathAsGiven()
     QVERIFY(found.fileExists(relative));
     QVERIFY(!found.init(relative));
     QVERIFY(found.init(systemFile));
-    QVERIFY(QDir::setCurrent(dir.filePath(QStringLiteral("config"))));
+    QVERIFY(QDir::setCurrent(dir.filePath("config")));
     ConfigMgr besideIt;
-    QVERIFY(besideIt.init(QStringLiteral("SystemCfg.cfg")));
+    QVERIFY(besideIt.init("SystemCfg.cfg"));
     QVERIFY(QDir::setCurrent(workingDirectory));
 }
 
 void TestDocuments::managerLoadsFixedLocations()
 {
-    QDir fixed(QCoreApplication::applicationDirPath() + QStringLiteral("/passport"));
+    QDir fixed(QCoreApplication::applicationDirPath() + "/passport");
     QVERIFY(!fixed.exists());
     QVERIFY(!ConfigMgr().init());
-    m_dir.writeSystemCfg({{QStringLiteral("a"), 1}});
-    m_dir.writePassportCfg({{QStringLiteral("b"), 2}});
+    m_dir.writeSystemCfg({{"a", 1}});
+    m_dir.writePassportCfg({{"b", 2}});
     QVERIFY(QFile::link(m_dir.path(), fixed.path()));
     ConfigMgr manager;
     const bool loaded = manager.init();
     QVERIFY(QFile::remove(fixed.path()));
     QVERIFY(loaded);
-    QCOMPARE(manager.systemConfig()->rawValue(QStringLiteral("a"), 0).toInt(), 1);
-    QCOMPARE(manager.passportConfig()->rawValue(QStringLiteral("b"), 0).toInt(), 2);
+    QCOMPARE(manager.systemConfig()->rawValue("a", 0).toInt(), 1);
+    QCOMPARE(manager.passportConfig()->rawValue("b", 0).toInt(), 2);
 }
 
 void TestDocuments::managerLoadsOnceFromManyThreads()
 {
-    m_dir.writeSystemCfg({{QStringLiteral("a"), 1}});
-    m_dir.writePassportCfg({{QStringLiteral("b"), 2}});
+    m_dir.writeSystemCfg({{"a", 1}});
+    m_dir.writePassportCfg({{"b", 2}});
     ConfigMgr manager;
     std::vector<std::shared_ptr<ConfigBase>> seen(4);
     std::vector<std::thread> threads;

@@ -12,9 +12,9 @@
 
 namespace {
 
-const QString file = QStringLiteral("config/account.json");
-const QString name = QStringLiteral("name");
-const QString password = QStringLiteral("password");
+const QString file = "config/account.json";
+const QString name = "name";
+const QString password = "password";
 
 } // namespace
 
@@ -55,16 +55,14 @@ void TestInformation::createsAndUpdatesTheFile()
 {
     QCOMPARE(g_getConfigInformation(path()), QJsonObject());
     QVERIFY(!QFile::exists(path()));
-    QVERIFY(g_setConfigInformation(password, QStringLiteral("secret"), path()));
+    QVERIFY(g_setConfigInformation(password, "secret", path()));
     QCOMPARE(m_dir.read(file), QByteArray("{\n    \"password\": \"secret\"\n}\n"));
 
     m_dir.write(file, R"({"password": {"was": "an object"}, "times": [1, 2.5], "keep": true})");
-    QVERIFY(g_setConfigInformation(name, QStringLiteral("alice"), path()));
-    QVERIFY(g_setConfigInformation(password, QStringLiteral("new"), path()));
-    const QJsonObject expected{{name, QStringLiteral("alice")},
-                               {password, QStringLiteral("new")},
-                               {QStringLiteral("times"), QJsonArray{1, 2.5}},
-                               {QStringLiteral("keep"), true}};
+    QVERIFY(g_setConfigInformation(name, "alice", path()));
+    QVERIFY(g_setConfigInformation(password, "new", path()));
+    const QJsonObject expected{
+        {name, "alice"}, {password, "new"}, {"times", QJsonArray{1, 2.5}}, {"keep", true}};
     QCOMPARE(g_getConfigInformation(path()), expected);
 }
 
@@ -72,10 +70,10 @@ void TestInformation::valuesComeBack_data()
 {
     QTest::addColumn<QString>("text");
     QTest::newRow("empty") << QString();
-    QTest::newRow("quotes and backslashes") << QStringLiteral(R"(a"b\c\"d\\)");
-    QTest::newRow("line ends") << QStringLiteral("a\r\nb\n");
+    QTest::newRow("quotes and backslashes") << QString(R"(a"b\c\"d\\)");
+    QTest::newRow("line ends") << "a\r\nb\n";
     QTest::newRow("NUL") << QString(QLatin1String("a\0b", 3));
-    QTest::newRow("white space around") << QStringLiteral("  a\t");
+    QTest::newRow("white space around") << "  a\t";
     QTest::newRow("long") << QString(100000, QLatin1Char('x'));
 }
 
@@ -83,7 +81,7 @@ void TestInformation::valuesComeBack()
 {
     QFETCH(QString, text);
     QVERIFY(g_setConfigInformation(text, text, path()));
-    QVERIFY(g_setConfigInformation(name, QStringLiteral("alice"), path()));
+    QVERIFY(g_setConfigInformation(name, "alice", path()));
     QCOMPARE(g_getConfigInformation(path()).size(), 2);
     QCOMPARE(stored(text), text);
 }
@@ -107,7 +105,7 @@ void TestInformation::contentThatIsNoObject()
     m_dir.write(file, content);
     QCOMPARE(g_getConfigInformation(path()), QJsonObject());
     QCOMPARE(m_dir.read(file), content);
-    QVERIFY(g_setConfigInformation(name, QStringLiteral("alice"), path()));
+    QVERIFY(g_setConfigInformation(name, "alice", path()));
     QCOMPARE(m_dir.read(file), QByteArray("{\n    \"name\": \"alice\"\n}\n"));
 }
 
@@ -116,35 +114,35 @@ void TestInformation::readsGbkAndWritesLocalText()
     if (!QTextCodec::codecForName("GBK"))
         QSKIP("this Qt has no GBK codec: information files are read as UTF-8");
     m_dir.write(file, "\n {\"name\": \"\xd6\xd0\xce\xc4\"}\n");
-    QCOMPARE(stored(name), QStringLiteral("\u4e2d\u6587"));
+    QCOMPARE(stored(name), "\u4e2d\u6587");
 
     // The other member is decoded as GBK and written as UTF-8, which the next reading decodes
     // again.
-    QVERIFY(g_setConfigInformation(password, QStringLiteral("\u00e9"), path()));
+    QVERIFY(g_setConfigInformation(password, "\u00e9", path()));
     QVERIFY(m_dir.read(file).contains("\"\xc3\xa9\""));
     QVERIFY(m_dir.read(file).contains("\"\xe4\xb8\xad\xe6\x96\x87\""));
-    QCOMPARE(stored(password), QStringLiteral("\u8305"));
+    QCOMPARE(stored(password), "\u8305");
 
     QFile::remove(path());
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
-    QVERIFY(g_setConfigInformation(password, QStringLiteral("p\u00e9\u20ac"), path()));
+    QVERIFY(g_setConfigInformation(password, "p\u00e9\u20ac", path()));
     QCOMPARE(m_dir.read(file), QByteArray("{\n    \"password\": \"p\xe9?\"\n}\n"));
 }
 
 void TestInformation::refusesWhatCannotBeOpened()
 {
     LogCapture log;
-    const QString directory = m_dir.filePath(QStringLiteral("config"));
+    const QString directory = m_dir.filePath("config");
     QCOMPARE(g_getConfigInformation(directory), QJsonObject());
-    QVERIFY(!g_setConfigInformation(name, QStringLiteral("alice"), directory));
+    QVERIFY(!g_setConfigInformation(name, "alice", directory));
     QCOMPARE(log.lines(), QStringList());
 
-    const QString nowhere = m_dir.filePath(QStringLiteral("missing/account.json"));
-    QVERIFY(!g_setConfigInformation(name, QStringLiteral("alice"), nowhere));
+    const QString nowhere = m_dir.filePath("missing/account.json");
+    QVERIFY(!g_setConfigInformation(name, "alice", nowhere));
     QCOMPARE(
         log.lines(),
         (QStringList{QStringLiteral("critical writeFileData open file fail \"%1\"").arg(nowhere)}));
-    QVERIFY(!QFile::exists(m_dir.filePath(QStringLiteral("missing"))));
+    QVERIFY(!QFile::exists(m_dir.filePath("missing")));
 }
 
 void TestInformation::leavesUnreadableFilesAlone()
@@ -156,7 +154,7 @@ void TestInformation::leavesUnreadableFilesAlone()
         QFile::setPermissions(path(), permissions);
         return inChildProcess([this, readMembers] {
             return dropRoot() && g_getConfigInformation(path()).size() == readMembers &&
-                           !g_setConfigInformation(name, QStringLiteral("bob"), path())
+                           !g_setConfigInformation(name, "bob", path())
                        ? 0
                        : 1;
         });

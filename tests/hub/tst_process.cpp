@@ -21,26 +21,26 @@ void TestProcess::searchesTheListing_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<bool>("found");
-    QTest::newRow("whole name") << QStringLiteral("passportHub") << true;
-    QTest::newRow("part of a path") << QStringLiteral("opt/pass") << true;
-    QTest::newRow("other case") << QStringLiteral("PassportHub") << false;
+    QTest::newRow("whole name") << "passportHub" << true;
+    QTest::newRow("part of a path") << "opt/pass" << true;
+    QTest::newRow("other case") << "PassportHub" << false;
     QTest::newRow("empty") << QString() << true;
-    QTest::newRow("not ASCII") << QStringLiteral("caf\u00e9") << true;
-    QTest::newRow("pattern") << QStringLiteral("pass.*") << false;
-    QTest::newRow("only in standard error") << QStringLiteral("complaint") << false;
+    QTest::newRow("not ASCII") << "caf\u00e9" << true;
+    QTest::newRow("pattern") << "pass.*" << false;
+    QTest::newRow("only in standard error") << "complaint" << false;
 }
 
 void TestProcess::searchesTheListing()
 {
     QFETCH(QString, name);
     Recorder tools;
-    tools.add(QStringLiteral("ps"), "printf ' 1 ?  /opt/passportHub -p\\n 2 ?  caf\\303\\251\\n'\n"
-                                    "echo complaint >&2; exit 1");
+    tools.add("ps", "printf ' 1 ?  /opt/passportHub -p\\n 2 ?  caf\\303\\251\\n'\n"
+                    "echo complaint >&2; exit 1");
     const QList<unsigned long long> before{1, 2};
     QList<unsigned long long> ids = before;
     QTEST(g_checkProcessRunning(name, ids), "found");
     QCOMPARE(ids, before);
-    QCOMPARE(tools.calls(), QStringList{QStringLiteral("ps [-A]")});
+    QCOMPARE(tools.calls(), QStringList{"ps [-A]"});
 }
 
 void TestProcess::missingToolsAreHarmless()
@@ -48,19 +48,19 @@ void TestProcess::missingToolsAreHarmless()
     const Recorder nothing;
     nothing.hideOtherPrograms();
     QList<unsigned long long> ids;
-    QVERIFY(!g_checkProcessRunning(QStringLiteral("sh"), ids));
+    QVERIFY(!g_checkProcessRunning("sh", ids));
     QVERIFY(!g_checkProcessRunning(QString(), ids));
-    g_killProcess(QStringLiteral("sh"));
+    g_killProcess("sh");
 }
 
 void TestProcess::passesNamesToKillallUnchanged()
 {
     Recorder tools;
-    tools.add(QStringLiteral("killall"));
-    g_killProcess(QStringLiteral("open web/\"tool\" -9"));
-    const QString call = QStringLiteral("killall [open web/\"tool\" -9]");
+    tools.add("killall");
+    g_killProcess("open web/\"tool\" -9");
+    const QString call = "killall [open web/\"tool\" -9]";
     QTRY_COMPARE(tools.calls(), QStringList{call});
-    g_terminateProcess(QStringLiteral("open web/\"tool\" -9"));
+    g_terminateProcess("open web/\"tool\" -9");
     QTRY_COMPARE(tools.calls(), (QStringList{call, call}));
 }
 
@@ -75,7 +75,7 @@ void TestProcess::findsAndEndsARealProcess()
     QVERIFY(!g_checkProcessRunning(name, ids));
 
     QProcess process;
-    process.start(program, {QStringLiteral("--idle")});
+    process.start(program, {"--idle"});
     QVERIFY(process.waitForReadyRead());
     QVERIFY(g_checkProcessRunning(name, ids));
     QVERIFY(ids.isEmpty());

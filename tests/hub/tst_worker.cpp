@@ -14,9 +14,9 @@ using VelqorPassPort::InitialWorker;
 
 namespace {
 
-const QString constructed = QStringLiteral("info InitialWorker constructor!");
-const QString deleted = QStringLiteral("info InitialWorker deleteLater!");
-const QString psCall = QStringLiteral("ps [-A]");
+const QString constructed = "info InitialWorker constructor!";
+const QString deleted = "info InitialWorker deleteLater!";
+const QString psCall = "ps [-A]";
 
 QString hubPathLine(const QString &path)
 {
@@ -66,9 +66,9 @@ void TestWorker::init()
     ServiceLocator::release();
     m_dir = std::make_unique<PassportDirectory>();
     m_tools = std::make_unique<Recorder>();
-    m_tools->add(QStringLiteral("ps"));
-    m_tools->add(QStringLiteral("killall"));
-    m_tools->add(QStringLiteral("passportHub"));
+    m_tools->add("ps");
+    m_tools->add("killall");
+    m_tools->add("passportHub");
 }
 
 void TestWorker::cleanup()
@@ -79,14 +79,13 @@ void TestWorker::cleanup()
 QString TestWorker::recordedHubPath() const
 {
     return QDir(QCoreApplication::applicationDirPath())
-               .relativeFilePath(m_tools->programPath(QStringLiteral("passportHub"))) +
-           QStringLiteral(".exe");
+               .relativeFilePath(m_tools->programPath("passportHub")) +
+           ".exe";
 }
 
 void TestWorker::configureRecordedHub() const
 {
-    m_dir->writePassportCfg(
-        {{QStringLiteral("hub"), QJsonObject{{QStringLiteral("path"), recordedHubPath()}}}});
+    m_dir->writePassportCfg({{"hub", QJsonObject{{"path", recordedHubPath()}}}});
 }
 
 void TestWorker::startsTheHub_data()
@@ -107,9 +106,8 @@ void TestWorker::startsTheHub()
     QFETCH(int, seenAtLook);
     QFETCH(int, looks);
     // The listing shows the hub from that look on; an earlier run of "ps" precedes the start.
-    m_tools->add(QStringLiteral("ps"), "test \"$(grep -c '^ps' \"$RECORD\")\" -gt " +
-                                           QByteArray::number(seenAtLook) +
-                                           " && echo '1 ? passportHub'");
+    m_tools->add("ps", "test \"$(grep -c '^ps' \"$RECORD\")\" -gt " +
+                           QByteArray::number(seenAtLook) + " && echo '1 ? passportHub'");
     m_dir->writeSystemCfg(
         object(R"({"Default": {"StartHub": true}, "Tunnel": )" + tunnel + QByteArray("}")));
     configureRecordedHub();
@@ -121,9 +119,9 @@ void TestWorker::startsTheHub()
     }
     const QString hub =
         QCoreApplication::applicationDirPath() + QLatin1Char('/') + recordedHubPath().chopped(4);
-    QStringList lines{constructed, hubPathLine(hub), QStringLiteral("debug startHUb: true")};
+    QStringList lines{constructed, hubPathLine(hub), "debug startHUb: true"};
     if (seenAtLook <= looks)
-        lines += QStringLiteral("debug g_checkProcessRunning NewHub success");
+        lines += "debug g_checkProcessRunning NewHub success";
     QCOMPARE(log.lines(), lines + QStringList{deleted});
 
     QStringList calls{psCall, QStringLiteral("passportHub [-p] [%1]").arg(port)};
@@ -135,7 +133,7 @@ void TestWorker::startsTheHub()
 
 void TestWorker::startsNoHubUnasked()
 {
-    m_tools->add(QStringLiteral("ps"), "echo passportHub");
+    m_tools->add("ps", "echo passportHub");
     m_dir->writeSystemCfg(object(R"({"Default": {"StartHub": "true"}})"));
     configureRecordedHub();
     InitialWorker worker;
@@ -143,28 +141,26 @@ void TestWorker::startsNoHubUnasked()
     QVERIFY(worker.initialModule(m_dir->path()));
     worker.exitModule();
     QCOMPARE(log.lines().mid(1),
-             (QStringList{
-                 QStringLiteral("debug startHUb: false"),
-                 QStringLiteral("debug exitModule if hub is not start by passport.... false")}));
+             (QStringList{"debug startHUb: false",
+                          "debug exitModule if hub is not start by passport.... false"}));
     QVERIFY(ServiceLocator::configMgr());
     // A hub or a kill would be on its way by now; the end of another detached program shows it.
-    QProcess::startDetached(QStringLiteral("killall"), {QStringLiteral("marker")});
-    QTRY_COMPARE(m_tools->calls(), (QStringList{psCall, QStringLiteral("killall [marker]")}));
+    QProcess::startDetached("killall", {"marker"});
+    QTRY_COMPARE(m_tools->calls(), (QStringList{psCall, "killall [marker]"}));
 }
 
 void TestWorker::endsTheHubItStarts()
 {
-    m_tools->add(QStringLiteral("ps"), "echo passportHub");
+    m_tools->add("ps", "echo passportHub");
     m_dir->writeSystemCfg(object(R"({"Default": {"StartHub": true}})"));
     configureRecordedHub();
     InitialWorker worker;
     QVERIFY(worker.initialModule(m_dir->path()));
     LogCapture log;
     worker.exitModule();
-    QCOMPARE(log.lines(), QStringList{QStringLiteral(
-                              "debug exitModule if hub is not start by passport.... true")});
-    QTRY_COMPARE(m_tools->calls(), (QStringList{psCall, QStringLiteral("passportHub [-p] [0]"),
-                                                psCall, QStringLiteral("killall [passportHub]")}));
+    QCOMPARE(log.lines(), QStringList{"debug exitModule if hub is not start by passport.... true"});
+    QTRY_COMPARE(m_tools->calls(),
+                 (QStringList{psCall, "passportHub [-p] [0]", psCall, "killall [passportHub]"}));
 }
 
 void TestWorker::hubPath_data()
@@ -173,9 +169,9 @@ void TestWorker::hubPath_data()
     QTest::addColumn<QString>("path");
     const QString application = QCoreApplication::applicationDirPath();
     QTest::newRow("configured") << QByteArray(R"({"hub": {"path": "hub/passportHub.exe"}})")
-                                << application + QStringLiteral("/hub/passportHub");
+                                << application + "/hub/passportHub";
     QTest::newRow("no suffix") << QByteArray(R"({"hub": {"path": "hub/passportHub"}})")
-                               << application + QStringLiteral("/hub/passpor");
+                               << application + "/hub/passpor";
     QTest::newRow("no path") << QByteArray(R"({"hub": {}})") << application.chopped(3);
     QTest::newRow("no text") << QByteArray(R"({"hub": {"path": 5}})") << application.chopped(3);
     QTest::newRow("no section") << QByteArray(R"({"hub": "x"})") << application.chopped(3);
@@ -233,7 +229,7 @@ void TestWorker::missingDocumentsFailOnce()
     InitialWorker worker;
     LogCapture log;
     QVERIFY(!worker.initialModule(m_dir->path()));
-    QCOMPARE(log.lines(), QStringList{QStringLiteral("critical m_sysCfgObj isEmpty!!!")});
+    QCOMPARE(log.lines(), QStringList{"critical m_sysCfgObj isEmpty!!!"});
     QCOMPARE(worker.reloadTiemout(), 7000);
     log.clear();
     QVERIFY(worker.initialModule(good.path()));
@@ -244,7 +240,7 @@ void TestWorker::missingDocumentsFailOnce()
     InitialWorker other;
     log.clear();
     QVERIFY(!other.initialModule(good.path()));
-    QCOMPARE(log.lines(), QStringList{QStringLiteral("critical m_cfgObj isEmpty!!!")});
+    QCOMPARE(log.lines(), QStringList{"critical m_cfgObj isEmpty!!!"});
     QVERIFY(!ServiceLocator::configMgr());
 }
 
@@ -271,7 +267,7 @@ void TestWorker::keepsDocumentsAcrossExit()
     m_dir->writePassportCfg(object(R"({"openwebengine": {"reLoadTimeout": 8}})"));
     LogCapture log;
     QVERIFY(worker.initialModule(m_dir->path()));
-    QCOMPARE(log.lines().constLast(), QStringLiteral("debug startHUb: false"));
+    QCOMPARE(log.lines().constLast(), "debug startHUb: false");
     QCOMPARE(worker.reloadTiemout(), 7000);
 }
 

@@ -7,7 +7,7 @@
 
 PassportDirectory::PassportDirectory()
 {
-    if (!m_directory.isValid() || !QDir(path()).mkpath(QStringLiteral("config")))
+    if (!m_directory.isValid() || !QDir(path()).mkpath("config"))
         qFatal("no temporary passport directory: %s", qPrintable(m_directory.errorString()));
 }
 
@@ -31,12 +31,12 @@ void PassportDirectory::write(const QString &relative, const QByteArray &content
 
 void PassportDirectory::writeSystemCfg(const QJsonObject &document) const
 {
-    write(QStringLiteral("config/SystemCfg.cfg"), QJsonDocument(document).toJson());
+    write("config/SystemCfg.cfg", QJsonDocument(document).toJson());
 }
 
 void PassportDirectory::writePassportCfg(const QJsonObject &document) const
 {
-    write(QStringLiteral("config/PassPortCfg.cfg"), QJsonDocument(document).toJson());
+    write("config/PassPortCfg.cfg", QJsonDocument(document).toJson());
 }
 
 QByteArray PassportDirectory::read(const QString &relative) const

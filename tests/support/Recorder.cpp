@@ -17,7 +17,7 @@ printf '%s\n' "$line" >> "$RECORD"
 
 Recorder::Recorder() : m_path(qgetenv("PATH"))
 {
-    const QString bin = m_directory.filePath(QStringLiteral("bin"));
+    const QString bin = m_directory.filePath("bin");
     if (!QDir().mkpath(bin))
         qFatal("cannot create %s", qPrintable(bin));
     qputenv("PATH", QFile::encodeName(bin) + ':' + m_path);
@@ -31,7 +31,7 @@ Recorder::~Recorder()
 void Recorder::add(const QString &program, const QByteArray &script)
 {
     QByteArray text(recordCall);
-    text.replace("%RECORD%", QFile::encodeName(m_directory.filePath(QStringLiteral("record"))));
+    text.replace("%RECORD%", QFile::encodeName(m_directory.filePath("record")));
     QFile file(programPath(program));
     if (!file.open(QIODevice::WriteOnly) || file.write(text + script + '\n') < 0 ||
         !file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner)) {
@@ -41,12 +41,12 @@ void Recorder::add(const QString &program, const QByteArray &script)
 
 QString Recorder::programPath(const QString &program) const
 {
-    return m_directory.filePath(QStringLiteral("bin/") + program);
+    return m_directory.filePath("bin/" + program);
 }
 
 QStringList Recorder::calls() const
 {
-    QFile file(m_directory.filePath(QStringLiteral("record")));
+    QFile file(m_directory.filePath("record"));
     if (!file.open(QIODevice::ReadOnly))
         return {};
     return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
@@ -54,5 +54,5 @@ QStringList Recorder::calls() const
 
 void Recorder::hideOtherPrograms() const
 {
-    qputenv("PATH", QFile::encodeName(m_directory.filePath(QStringLiteral("bin"))));
+    qputenv("PATH", QFile::encodeName(m_directory.filePath("bin")));
 }
