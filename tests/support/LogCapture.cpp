@@ -18,17 +18,17 @@ QString levelName(QtMsgType level)
 {
     switch (level) {
     case QtDebugMsg:
-        return QStringLiteral("debug");
+        return "debug";
     case QtInfoMsg:
-        return QStringLiteral("info");
+        return "info";
     case QtWarningMsg:
-        return QStringLiteral("warning");
+        return "warning";
     case QtCriticalMsg:
-        return QStringLiteral("critical");
+        return "critical";
     case QtFatalMsg:
         break;
     }
-    return QStringLiteral("fatal");
+    return "fatal";
 }
 
 } // namespace

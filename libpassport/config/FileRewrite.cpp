@@ -1,0 +1,34 @@
+#include "config/FileRewrite_p.h"
+
+#include <QtCore/QFile>
+
+namespace {
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+bool writeAll(QFile &file, const QByteArray &bytes)
+{
+    return file.write(bytes) == bytes.size() && file.flush();
+}
+
+} // namespace
+
+Rewrite rewriteFile(const QString &path, QIODevice::OpenMode mode, const QByteArray &bytes)
+{
+    const QByteArray old = contentOf(path);
+    QFile file(path);
+    if (!file.open(mode))
+        return Rewrite::NotOpened;
+    if (writeAll(file, bytes))
+        return Rewrite::Written;
+
+    // Truncating has freed the room that the old content needs, so it nearly always fits again.
+    file.close();
+    if (file.open(QIODevice::WriteOnly))
+        writeAll(file, old);
+    return Rewrite::NotWritten;
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "common/Export.h"
+
+#include <memory>
+
+class ConfigMgr;
+
+/// Holds the one configuration manager of the process.
+///
+/// init() and release() are called while the library starts and shuts down, on one thread: the
+/// pointer is not guarded. Whoever holds a copy keeps his manager alive after release().
+class PASSPORT_EXPORT ServiceLocator
+{
+public:
+    /// Puts a new manager, which has loaded nothing yet, in the place of any earlier one.
+    static void init();
+
+    static void release();
+
+    /// The manager, empty before init() and after release().
+    static std::shared_ptr<ConfigMgr> configMgr();
+
+    static std::shared_ptr<ConfigMgr> g_cfgMgr;
+};
