@@ -11,7 +11,7 @@ const Kernel &chosenKernel()
 {
     const char *wanted = std::getenv("PASSPORT_CRYPTO_KERNEL");
     const Kernel *fastest = nullptr;
-    for (const auto candidate : {portableKernel}) {
+    for (const auto candidate : {vaesKernel, aesniKernel, neonKernel, portableKernel}) {
         const Kernel *kernel = candidate();
         if (!kernel)
             continue;

@@ -72,6 +72,9 @@ constexpr std::size_t paddedSize(std::size_t bytes)
 
 /// Null where the program runs on another CPU family or the CPU lacks the instructions.
 const Kernel *portableKernel(); // never null
+const Kernel *aesniKernel();
+const Kernel *vaesKernel();
+const Kernel *neonKernel();
 
 /// The fastest kernel of this machine, chosen at the first call, safe from any thread and from
 /// static initialisers. The environment variable PASSPORT_CRYPTO_KERNEL (portable, aesni, vaes,
