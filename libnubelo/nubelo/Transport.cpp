@@ -1,0 +1,143 @@
+#include "nubelo/Transport_p.h"
+
+#include <QtCore/QSocketNotifier>
+
+#include <mutex>
+
+namespace Nubelo {
+
+namespace {
+
+/// The notifiers of one socket. libcurl may give the socket up while a notifier is just reporting,
+/// so they are silenced at once and deleted later.
+class SocketWatch : public QObject
+{
+public:
+    SocketWatch(curl_socket_t socket, QObject *parent)
+        : QObject(parent)
+        , read(socket, QSocketNotifier::Read)
+        , write(socket, QSocketNotifier::Write)
+    {
+        watch(CURL_POLL_NONE);
+    }
+
+    void watch(int what)
+    {
+        read.setEnabled((what & CURL_POLL_IN) != 0);
+        write.setEnabled((what & CURL_POLL_OUT) != 0);
+    }
+
+    QSocketNotifier read;
+    QSocketNotifier write;
+};
+
+CURLM *newMulti()
+{
+    static std::once_flag once;
+    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+    return curl_multi_init();
+}
+
+} // namespace
+
+Transport::Transport(QObject *parent)
+    : QObject(parent)
+    , m_timer(this)
+    , m_multi(newMulti(), &curl_multi_cleanup)
+{
+    curl_multi_setopt(m_multi.get(), CURLMOPT_SOCKETFUNCTION, &Transport::onSocket);
+    curl_multi_setopt(m_multi.get(), CURLMOPT_SOCKETDATA, this);
+    curl_multi_setopt(m_multi.get(), CURLMOPT_TIMERFUNCTION, &Transport::onTimerWanted);
+    curl_multi_setopt(m_multi.get(), CURLMOPT_TIMERDATA, this);
+    m_timer.setSingleShot(true);
+    connect(&m_timer, &QTimer::timeout, this, [this] { act(CURL_SOCKET_TIMEOUT, 0); });
+}
+
+Transport::~Transport()
+{
+    for (const auto &[easy, exchange] : m_exchanges)
+        curl_multi_remove_handle(m_multi.get(), easy);
+}
+
+void Transport::start(HttpRequest request, const TransferRules &rules, QObject *receiver, Done done)
+{
+    auto transfer = std::make_unique<Transfer>(std::move(request), rules);
+    CURL *easy = transfer->handle();
+    const auto receiverGone = connect(receiver, &QObject::destroyed, this, [this, easy] {
+        curl_multi_remove_handle(m_multi.get(), easy);
+        m_exchanges.erase(easy);
+    });
+    m_exchanges.emplace(easy, Exchange{std::move(transfer), std::move(done), receiverGone});
+    curl_multi_add_handle(m_multi.get(), easy);
+    // Now and not by the timer that libcurl asks for: the request leaves in this turn.
+    act(CURL_SOCKET_TIMEOUT, 0);
+}
+
+int Transport::onSocket(CURL *easy, curl_socket_t socket, int what, void *transport, void *watch)
+{
+    Q_UNUSED(easy)
+    auto *self = static_cast<Transport *>(transport);
+    auto *watched = static_cast<SocketWatch *>(watch);
+    if (what == CURL_POLL_REMOVE) {
+        if (watched) {
+            watched->watch(CURL_POLL_NONE);
+            watched->deleteLater();
+            curl_multi_assign(self->m_multi.get(), socket, nullptr);
+        }
+        return 0;
+    }
+    if (!watched) {
+        watched = new SocketWatch(socket, self);
+        connect(&watched->read, &QSocketNotifier::activated, self,
+                [self, socket] { self->act(socket, CURL_CSELECT_IN); });
+        connect(&watched->write, &QSocketNotifier::activated, self,
+                [self, socket] { self->act(socket, CURL_CSELECT_OUT); });
+        curl_multi_assign(self->m_multi.get(), socket, watched);
+    }
+    watched->watch(what);
+    return 0;
+}
+
+int Transport::onTimerWanted(CURLM *multi, long milliseconds, void *transport)
+{
+    Q_UNUSED(multi)
+    QTimer &timer = static_cast<Transport *>(transport)->m_timer;
+    if (milliseconds < 0)
+        timer.stop();
+    else
+        timer.start(static_cast<int>(milliseconds));
+    return 0;
+}
+
+void Transport::act(curl_socket_t socket, int events)
+{
+    int running = 0;
+    curl_multi_socket_action(m_multi.get(), socket, events, &running);
+    finishCompleted();
+}
+
+void Transport::finishCompleted()
+{
+    int left = 0;
+    while (const CURLMsg *message = curl_multi_info_read(m_multi.get(), &left)) {
+        if (message->msg == CURLMSG_DONE)
+            finish(message->easy_handle, message->data.result);
+    }
+}
+
+void Transport::finish(CURL *easy, CURLcode code)
+{
+    curl_multi_remove_handle(m_multi.get(), easy);
+    const auto found = m_exchanges.find(easy);
+    const std::optional<HttpAnswer> answer = found->second.transfer->completed(code);
+    if (!answer) {
+        curl_multi_add_handle(m_multi.get(), easy);
+        return;
+    }
+    const Exchange ended = std::move(found->second);
+    m_exchanges.erase(found);
+    disconnect(ended.receiverGone);
+    ended.done(*answer);
+}
+
+} // namespace Nubelo

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "nubelo/Answer_p.h"
+#include "nubelo/Configuration_p.h"
+#include "nubelo/HttpRequest_p.h"
+#include "nubelo/Transfer_p.h"
+
+#include <QtCore/QObject>
+#include <QtCore/QTimer>
+
+#include <curl/curl.h>
+
+#include <functional>
+#include <memory>
+#include <unordered_map>
+
+namespace Nubelo {
+
+/// Carries HTTP requests out with libcurl's multi interface, driven by the event loop of its
+/// thread: socket notifiers and one timer, no thread of its own, no blocking call. Keeps
+/// connections for reuse.
+///
+/// Lives, is called and calls back on one thread. Destroying it drops what is under way, without a
+/// call back.
+class Transport : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Done = std::function<void(const HttpAnswer &)>;
+
+    explicit Transport(QObject *parent);
+    ~Transport() override;
+
+    /// Calls `done` once, possibly before it returns, unless `receiver` dies first: that drops the
+    /// request.
+    void start(HttpRequest request, const TransferRules &rules, QObject *receiver, Done done);
+
+private:
+    static int onSocket(CURL *easy, curl_socket_t socket, int what, void *transport, void *watch);
+    static int onTimerWanted(CURLM *multi, long milliseconds, void *transport);
+    void act(curl_socket_t socket, int events);
+    void finishCompleted();
+    void finish(CURL *easy, CURLcode code);
+
+    struct Exchange
+    {
+        std::unique_ptr<Transfer> transfer;
+        Done done;
+        QMetaObject::Connection receiverGone;
+    };
+
+    QTimer m_timer;
+    std::unique_ptr<CURLM, CURLMcode (*)(CURLM *)> m_multi;
+    std::unordered_map<CURL *, Exchange> m_exchanges;
+};
+
+} // namespace Nubelo

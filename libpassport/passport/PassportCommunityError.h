@@ -1,0 +1,36 @@
+#pragma once
+
+#include "common/CommunityErrorCode.h"
+#include "common/Export.h"
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QMetaType>
+#include <QtCore/QString>
+
+namespace VelqorPassPort {
+
+/// The outcome of a cloud or facade operation: success when errorCode is NoError.
+///
+/// A plain value without a thread of its own; every operation that can fail returns one and throws
+/// nothing.
+struct PASSPORT_EXPORT PassportCommunityError
+{
+    CommunityErrorCode::ErrorCode errorCode = CommunityErrorCode::NoError;
+    /// A server word, a fixed word or the key name of errorCode; empty on success.
+    QString errorName;
+    /// The server's raw error text where there is one.
+    QString errorMessage;
+    /// The same text parsed as JSON; null when there is none or it is not JSON.
+    QJsonDocument errorData;
+
+    /// Fills the record from the error word of a failed answer.
+    ///
+    /// Known words are searched for as substrings, ignoring case, and leave the fields alone that
+    /// they say nothing about. Any other text becomes JsonErr and is kept whole, also when it is
+    /// empty.
+    void setErrorCode(QString text);
+};
+
+} // namespace VelqorPassPort
+
+Q_DECLARE_METATYPE(VelqorPassPort::PassportCommunityError)

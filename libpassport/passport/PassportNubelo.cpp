@@ -1,0 +1,153 @@
+#include "passport/PassportNubelo.h"
+
+#include "common/Log.h"
+#include "passport/cloud/CloudError_p.h"
+#include "passport/cloud/ReplyWait_p.h"
+
+#include <memory>
+
+namespace VelqorPassPort {
+
+namespace {
+
+QVariantMap envelope(const QVariantMap &headers, const QVariantMap &body, const QVariantMap &params)
+{
+    return {{QStringLiteral("headers"), headers},
+            {QStringLiteral("body"), body},
+            {QStringLiteral("params"), params}};
+}
+
+QVariantMap envelope(const QVariantMap &headers, const QVariantMap &body, const QVariantMap &params,
+                     const QString &source)
+{
+    QVariantMap map = envelope(headers, body, params);
+    map.insert(QStringLiteral("source"), source);
+    return map;
+}
+
+} // namespace
+
+PassportNubelo::PassportNubelo(QObject *parent)
+    : QObject(parent)
+    , m_manager(new Nubelo::Manager(nullptr))
+{
+    // They cross threads as signal arguments, whatever the request library declares about them.
+    qRegisterMetaType<Nubelo::Manager::HttpRequestType>("Nubelo::Manager::HttpRequestType");
+    qRegisterMetaType<Nubelo::Error::ErrorCode>("Nubelo::Error::ErrorCode");
+
+    qCDebug(log_lp) << "current threaddddddddd nubelo" << QThread::currentThread();
+    m_manager->moveToThread(&m_cloudThread);
+    connect(&m_cloudThread, &QThread::finished, m_manager, &QObject::deleteLater);
+    m_cloudThread.start();
+}
+
+PassportNubelo::~PassportNubelo()
+{
+    m_cloudThread.quit();
+    m_cloudThread.wait();
+}
+
+PassportCommunityError PassportNubelo::requestNubelo(QVariant &result, QString name,
+                                                     Nubelo::Manager::HttpRequestType requestType,
+                                                     Nubelo::Manager::HttpEncryptType encryptType,
+                                                     QVariantMap body, QVariantMap params,
+                                                     QVariantMap headers, QString source)
+{
+    const QVariantMap parts = envelope(headers, body, params, source);
+    return exchange(name, result, [&](Nubelo::Manager &manager) {
+        return manager.request(name, requestType, encryptType, parts,
+                               Nubelo::Manager::NoAuthentication, QVariantMap());
+    });
+}
+
+PassportCommunityError PassportNubelo::requestNubelo(QVariant &result, QString name,
+                                                     QVariantMap body, QVariantMap params,
+                                                     QVariantMap headers, QString source)
+{
+    const QVariantMap parts = envelope(headers, body, params, source);
+    return exchange(name, result, [&](Nubelo::Manager &manager) {
+        return manager.request(name, parts, QVariantMap());
+    });
+}
+
+PassportCommunityError PassportNubelo::requestNubelo(QVariant &result, QString name,
+                                                     QString appendToUrl,
+                                                     Nubelo::Manager::HttpRequestType requestType,
+                                                     Nubelo::Manager::HttpEncryptType encryptType,
+                                                     QVariantMap headers, QVariantMap params,
+                                                     QVariantMap body, QString source)
+{
+    const QVariantMap parts = envelope(headers, body, params, source);
+    return exchange(name, result, [&](Nubelo::Manager &manager) {
+        return manager.request(name, requestType, encryptType, appendToUrl, parts,
+                               Nubelo::Manager::NoAuthentication, QVariantMap());
+    });
+}
+
+PassportCommunityError PassportNubelo::requestNubelo(QVariant &result, QString url,
+                                                     Nubelo::Manager::HttpRequestType requestType,
+                                                     QVariantMap body, QVariantMap params,
+                                                     QVariantMap headers)
+{
+    Q_UNUSED(requestType)
+    const QVariantMap parts = envelope(headers, body, params);
+    return exchange(url, result, [&](Nubelo::Manager &manager) {
+        return manager.request(url, parts, QVariantMap());
+    });
+}
+
+PassportCommunityError PassportNubelo::replyConnect(Nubelo::Reply *reply, QString name,
+                                                    QVariant &result)
+{
+    return exchange(name, result, [reply](Nubelo::Manager &) { return reply; });
+}
+
+PassportCommunityError PassportNubelo::setErrorCode(Nubelo::Error::ErrorCode errorCode)
+{
+    return communityError(errorCode);
+}
+
+PassportCommunityError PassportNubelo::exchange(const QString &name, QVariant &result,
+                                                const Call &call)
+{
+    if (QThread::currentThread() == &m_cloudThread) {
+        qCCritical(log_lp) << "called on the cloud thread, which would wait for itself:" << name;
+        return communityError(static_cast<Nubelo::Error::ErrorCode>(0x512E));
+    }
+
+    // In one turn of the cloud thread: the reply's state is read and its handlers are attached
+    // before the reply can do anything.
+    const auto wait = std::make_shared<ReplyWait>(name);
+    Nubelo::Reply *reply = nullptr;
+    auto status = Nubelo::Error::NoError;
+    QMetaObject::invokeMethod(
+        m_manager,
+        [&] {
+            reply = call(*m_manager);
+            if (!reply)
+                return;
+            status = reply->status();
+            if (status == Nubelo::Error::NoError)
+                wait->attach(reply, m_manager);
+            else
+                reply->deleteLater();
+        },
+        Qt::BlockingQueuedConnection);
+
+    qCDebug(log_lp) << "replyConnect current thread-1" << QThread::currentThread();
+    if (!reply) {
+        qCDebug(log_lp) << "reply is nullptr";
+        PassportCommunityError record;
+        record.setErrorCode(QStringLiteral("unknownErr"));
+        return record;
+    }
+    if (status != Nubelo::Error::NoError) {
+        qCDebug(log_lp) << "request error" << keyName(status);
+        return communityError(status);
+    }
+    // Nothing of this object from here on: a slot that runs during the wait may destroy it.
+    wait->announce(m_manager);
+    return wait->wait(result);
+}
+
+} // namespace VelqorPassPort

@@ -1,0 +1,130 @@
+#pragma once
+
+#include "common/Export.h"
+#include "passport/PassportCommunityError.h"
+
+#include <nubelo/Error.h>
+#include <nubelo/Manager.h>
+#include <nubelo/Reply.h>
+
+#include <QtCore/QObject>
+#include <QtCore/QString>
+#include <QtCore/QThread>
+#include <QtCore/QVariant>
+#include <QtCore/QVariantMap>
+
+#include <functional>
+
+namespace VelqorPassPort {
+
+/// The client of the account cloud: turns the request library's asynchronous replies into calls
+/// that block and return a record.
+///
+/// Lives on its host's thread, where it is called and destroyed; the request library's Manager and
+/// all replies live on a cloud thread that runs from construction to destruction. A call waits in a
+/// local event loop: the caller's events go on being delivered, and slots may call again, nested to
+/// any depth. When the application quits meanwhile the call returns EC_OperationCanceledError.
+/// Account state is unguarded: one thread at a time, and never the cloud thread. Every method can
+/// also be invoked by name through the meta-object.
+class PASSPORT_EXPORT PassportNubelo : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit PassportNubelo(QObject *parent = nullptr);
+    /// Returns when the cloud thread has ended; requests still open end as aborted first.
+    ~PassportNubelo() override;
+
+    // One request each. `result` receives the answer's "result", also that of a failed answer; it
+    // stays as it was when there was no reply at all, or one already in error. `body`, `params`,
+    // `headers` and `source` travel to the request library under their own names.
+
+    /// Request `name` with the given method.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    requestNubelo(QVariant &result, QString name, Nubelo::Manager::HttpRequestType requestType,
+                  Nubelo::Manager::HttpEncryptType encryptType, QVariantMap body = QVariantMap(),
+                  QVariantMap params = QVariantMap(), QVariantMap headers = QVariantMap(),
+                  QString source = QString());
+
+    /// Request `name` with the method that the cloud configuration gives for it.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    requestNubelo(QVariant &result, QString name, QVariantMap body = QVariantMap(),
+                  QVariantMap params = QVariantMap(), QVariantMap headers = QVariantMap(),
+                  QString source = QString());
+
+    /// Request `name` with `appendToUrl` behind its path. Mind the order of the maps: headers,
+    /// params, body.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    requestNubelo(QVariant &result, QString name, QString appendToUrl,
+                  Nubelo::Manager::HttpRequestType requestType,
+                  Nubelo::Manager::HttpEncryptType encryptType, QVariantMap headers = QVariantMap(),
+                  QVariantMap params = QVariantMap(), QVariantMap body = QVariantMap(),
+                  QString source = QString());
+
+    /// Request an address. `requestType` is accepted and deliberately dropped: the request
+    /// library's call for addresses has no place for it.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    requestNubelo(QVariant &result, QString url, Nubelo::Manager::HttpRequestType requestType,
+                  QVariantMap body = QVariantMap(), QVariantMap params = QVariantMap(),
+                  QVariantMap headers = QVariantMap());
+
+    /// Waits for a reply of this client's Manager and releases it. A null `reply` gives UnknownErr.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError replyConnect(Nubelo::Reply *reply,
+                                                                    QString name, QVariant &result);
+
+    /// The record for a code of the request library. Changes nothing in this object.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    setErrorCode(Nubelo::Error::ErrorCode errorCode);
+
+    // The cloud configuration, handed to the request library as it is; in force when a setter
+    // returns.
+
+    /// From a file.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError setConfigPath(QString path);
+    /// From a map.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError setConfigData(QVariantMap data);
+    /// Chooses the environment: the same as a map with "cloudEnvironment".
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError setConfigData(QString environment);
+    /// What the request library holds; typically empty before the first setter.
+    Q_INVOKABLE QVariantMap configData();
+
+    // The signed-in account.
+
+    /// Signs in with a password ("userLogin"), keeps token and profile and fills `userInfo` with
+    /// the full profile. Succeeds also when only the profile query fails; `userInfo` then stays as
+    /// it was. On failure nothing is stored. `isRemember` is the facade's business and not used
+    /// here.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    logIn(const QString &username, const QString &password, const QString &phoneArea,
+          QVariantMap &userInfo, bool isRemember);
+
+    /// Marks the stored profile as signed out ("status" false) without a request; keeps the token.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError logOut();
+
+    /// Fetches the profile ("getPassInfo") into the stored one and sets `map` to the whole of it;
+    /// on failure `map` stays as it was. AuthErr without a request when nobody has signed in.
+    /// `sourceStr` is accepted and deliberately not sent.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError reqGetUserInfo(QVariantMap &map,
+                                                                      QString sourceStr);
+
+    /// Merges an answer of the service into the stored profile.
+    Q_INVOKABLE void setUserInfo(QVariantMap info);
+
+    Q_INVOKABLE void setToken(QString token);
+    /// The session token; empty before the first sign-in.
+    Q_INVOKABLE QString token() const;
+
+    /// "prefix-identifier", by which the service links a captcha or code to its purpose.
+    Q_INVOKABLE QString linkUuid(QString prefix, QString identifier);
+
+private:
+    using Call = std::function<Nubelo::Reply *(Nubelo::Manager &)>;
+    PassportCommunityError exchange(const QString &name, QVariant &result, const Call &call);
+
+    Nubelo::Manager *m_manager = nullptr;
+    QString m_token;
+    QVariantMap m_userInfo;
+    QThread m_cloudThread;
+};
+
+} // namespace VelqorPassPort

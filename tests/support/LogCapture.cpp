@@ -1,0 +1,96 @@
+#include "support/LogCapture.h"
+
+#include <QtCore/QThread>
+
+#include <mutex>
+
+namespace {
+
+std::mutex captureMutex; // guards what follows and the messages of every capture
+LogCapture *current = nullptr;
+
+bool isOwn(const QString &category)
+{
+    return category == QLatin1String("velqor.passport.lib");
+}
+
+QString levelName(QtMsgType level)
+{
+    switch (level) {
+    case QtDebugMsg:
+        return QStringLiteral("debug");
+    case QtInfoMsg:
+        return QStringLiteral("info");
+    case QtWarningMsg:
+        return QStringLiteral("warning");
+    case QtCriticalMsg:
+        return QStringLiteral("critical");
+    case QtFatalMsg:
+        break;
+    }
+    return QStringLiteral("fatal");
+}
+
+} // namespace
+
+LogCapture::LogCapture()
+{
+    const std::lock_guard<std::mutex> lock(captureMutex);
+    m_outer = current;
+    current = this;
+    m_previous = qInstallMessageHandler(&LogCapture::handle);
+}
+
+LogCapture::~LogCapture()
+{
+    const std::lock_guard<std::mutex> lock(captureMutex);
+    qInstallMessageHandler(m_previous);
+    current = m_outer;
+}
+
+QVector<LogCapture::Message> LogCapture::messages() const
+{
+    const std::lock_guard<std::mutex> lock(captureMutex);
+    return m_messages;
+}
+
+QStringList LogCapture::lines() const
+{
+    QStringList result;
+    for (const Message &message : messages()) {
+        if (isOwn(message.category))
+            result += levelName(message.level) + QLatin1Char(' ') + message.text;
+    }
+    return result;
+}
+
+void LogCapture::clear()
+{
+    const std::lock_guard<std::mutex> lock(captureMutex);
+    m_messages.clear();
+}
+
+void LogCapture::handle(QtMsgType level, const QMessageLogContext &context, const QString &text)
+{
+    QtMessageHandler forward = nullptr;
+    {
+        // A thread may have fetched this handler just before the last capture ended.
+        const std::lock_guard<std::mutex> lock(captureMutex);
+        if (!current)
+            return;
+        const QString category = QString::fromUtf8(context.category);
+        current->m_messages.append({category, level, text, QThread::currentThread()});
+        if (!isOwn(category) || level == QtFatalMsg)
+            forward = outermost()->m_previous;
+    }
+    if (forward)
+        forward(level, context, text);
+}
+
+const LogCapture *LogCapture::outermost()
+{
+    const LogCapture *capture = current;
+    while (capture->m_outer)
+        capture = capture->m_outer;
+    return capture;
+}
