@@ -1,26 +1,25 @@
 #include "crypto/AESEncryption.h"
 
+#include "crypto/Result_p.h"
 #include "crypto/kernels/Kernel_p.h"
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 #include <stdexcept>
 
+using VelqorPassPort::makeResult;
 using VelqorPassPort::Kernels::activeKernel;
 using VelqorPassPort::Kernels::BlockSize;
 using VelqorPassPort::Kernels::Byte;
 using VelqorPassPort::Kernels::Kernel;
+using VelqorPassPort::Kernels::paddedSize;
 using VelqorPassPort::Kernels::RoundKeys;
 
 namespace {
 
-/// Results grow by pieces of this size: the zeros that std::string fills in are overwritten while
-/// they are still in the first-level cache.
-constexpr std::size_t PieceBytes = 8192;
-
-RoundKeys roundKeys(const std::string &expandedKey, int rounds, std::size_t length)
+RoundKeys roundKeys(const std::string &expandedKey, int rounds, int expandedKeyLength)
 {
+    const auto length = static_cast<std::size_t>(expandedKeyLength);
     if (expandedKey.size() < length)
         throw std::out_of_range("AESEncryption: expanded key too short");
     RoundKeys keys;
@@ -43,27 +42,17 @@ public:
         std::memcpy(m_vector.data(), iv.data(), BlockSize);
     }
 
-    /// Appends the outcome of whole blocks.
-    void append(std::string &result, const char *in, std::size_t size)
+    void run(const char *text, char *result, std::size_t size)
     {
-        for (std::size_t at = 0; at < size; at += PieceBytes) {
-            const std::size_t piece = std::min(PieceBytes, size - at);
-            const std::size_t start = result.size();
-            result.resize(start + piece);
-            run(reinterpret_cast<const Byte *>(in + at), reinterpret_cast<Byte *>(&result[start]),
-                piece / BlockSize);
-        }
+        const auto *in = reinterpret_cast<const Byte *>(text);
+        auto *out = reinterpret_cast<Byte *>(result);
+        if (m_blocks)
+            m_blocks(m_keys, in, out, size / BlockSize);
+        else
+            m_chainedBlocks(m_keys, m_vector.data(), in, out, size / BlockSize);
     }
 
 private:
-    void run(const Byte *in, Byte *out, std::size_t blocks)
-    {
-        if (m_blocks)
-            m_blocks(m_keys, in, out, blocks);
-        else
-            m_chainedBlocks(m_keys, m_vector.data(), in, out, blocks);
-    }
-
     Kernel::Independent m_blocks = nullptr;
     Kernel::Chained m_chainedBlocks = nullptr;
     RoundKeys m_keys;
@@ -161,15 +150,15 @@ std::string AESEncryption::encodeWithExpanedKey(const std::string &text,
     // Only the remainder counts, so that texts beyond the range of int are padded too.
     std::string last = text.substr(whole);
     last += getPadding(static_cast<int>(last.size()), m_blockSize);
-    std::string result;
-    if (!isUsable(m_mode, iv) || whole + last.size() == 0)
-        return result;
-    BlockWorker worker =
-        encoder(m_mode, roundKeys(expandedKey, m_rounds, std::size_t(m_expandedKeyLength)), iv);
-    result.reserve(whole + last.size());
-    worker.append(result, text.data(), whole);
-    worker.append(result, last.data(), last.size());
-    return result;
+    const std::size_t size = whole + last.size();
+    if (!isUsable(m_mode, iv) || size == 0)
+        return {};
+    const RoundKeys keys = roundKeys(expandedKey, m_rounds, m_expandedKeyLength);
+    return makeResult(size, [&, worker = encoder(m_mode, keys, iv)](char *out) mutable {
+        worker.run(text.data(), out, whole);
+        worker.run(last.data(), out + whole, last.size());
+        return size;
+    });
 }
 
 std::string AESEncryption::decodeWithExpanedKey(const std::string &data,
@@ -178,18 +167,17 @@ std::string AESEncryption::decodeWithExpanedKey(const std::string &data,
 {
     const std::size_t whole = data.size() / BlockSize * BlockSize;
     std::string last = data.substr(whole);
-    std::string result;
     if (!isUsable(m_mode, iv) || data.empty())
-        return result;
-    BlockWorker worker =
-        decoder(m_mode, roundKeys(expandedKey, m_rounds, std::size_t(m_expandedKeyLength)), iv);
-    last.resize(VelqorPassPort::Kernels::paddedSize(last.size()));
-    result.reserve(whole + last.size());
-    worker.append(result, data.data(), whole);
-    worker.append(result, last.data(), last.size());
-    if (m_mode == CFB || m_mode == OFB)
-        result.resize(data.size());
-    return result;
+        return {};
+    last.resize(paddedSize(last.size()));
+    const std::size_t size = whole + last.size();
+    const bool streaming = m_mode == CFB || m_mode == OFB;
+    const RoundKeys keys = roundKeys(expandedKey, m_rounds, m_expandedKeyLength);
+    return makeResult(size, [&, worker = decoder(m_mode, keys, iv)](char *out) mutable {
+        worker.run(data.data(), out, whole);
+        worker.run(last.data(), out + whole, last.size());
+        return streaming ? data.size() : size;
+    });
 }
 
 std::string AESEncryption::getPadding(int length, int blockSize) const

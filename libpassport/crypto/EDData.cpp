@@ -2,6 +2,7 @@
 
 #include "common/Log.h"
 #include "crypto/AESEncryption.h"
+#include "crypto/Result_p.h"
 #include "crypto/kernels/Kernel_p.h"
 
 #include <algorithm>
@@ -17,6 +18,9 @@ namespace VelqorPassPort {
 using Kernels::activeKernel;
 using Kernels::BlockSize;
 using Kernels::Byte;
+using Kernels::decodedSize;
+using Kernels::encodedSize;
+using Kernels::paddedSize;
 using Kernels::RoundKeys;
 
 namespace {
@@ -24,7 +28,7 @@ namespace {
 /// Cipher and base64 take turns on pieces that stay in the first-level cache. Whole blocks and
 /// whole base64 groups fit without rest, so that the pieces join without a seam.
 constexpr std::size_t PieceBytes = 6144;
-constexpr std::size_t PieceCharacters = Kernels::encodedSize(PieceBytes);
+constexpr std::size_t PieceCharacters = encodedSize(PieceBytes);
 static_assert(PieceBytes % 48 == 0 && PieceBytes % 256 == 0);
 
 /// The key of every protected value, expanded once for both directions.
@@ -51,74 +55,74 @@ private:
     }
 };
 
-Byte *bytesAt(std::string &text, std::size_t position)
+/// Enciphers a piece and its padding; `out` has room for whole blocks.
+void encipher(const Kernels::Kernel &kernel, const Byte *in, std::size_t size, Byte *out)
 {
-    return reinterpret_cast<Byte *>(text.data() + position);
+    const RoundKeys &keys = LibraryKey::instance().encryption;
+    const std::size_t whole = size / BlockSize * BlockSize;
+    kernel.ecbEncrypt(keys, in, out, whole / BlockSize);
+    if (whole == size)
+        return;
+    std::array<Byte, BlockSize> last{};
+    std::memcpy(last.data(), in + whole, size - whole);
+    kernel.ecbEncrypt(keys, last.data(), out + whole, 1);
 }
 
 } // namespace
 
 std::string EDData::global_serialize(const std::string &text) const
 {
-    const auto &kernel = activeKernel();
-    const RoundKeys &keys = LibraryKey::instance().encryption;
-    alignas(32) std::array<Byte, PieceBytes> piece;
-    std::string result;
-    result.reserve(Kernels::encodedSize(Kernels::paddedSize(text.size())));
-    for (std::size_t at = 0; at < text.size(); at += PieceBytes) {
-        const std::size_t size = std::min(PieceBytes, text.size() - at);
-        const std::size_t padded = Kernels::paddedSize(size);
-        const std::size_t whole = size / BlockSize * BlockSize;
-        const auto *in = reinterpret_cast<const Byte *>(text.data() + at);
-        kernel.ecbEncrypt(keys, in, piece.data(), whole / BlockSize);
-        if (whole < size) {
-            std::array<Byte, BlockSize> last{};
-            std::memcpy(last.data(), in + whole, size - whole);
-            kernel.ecbEncrypt(keys, last.data(), &piece[whole], 1);
+    const std::size_t size = encodedSize(paddedSize(text.size()));
+    return makeResult(size, [&](char *out) {
+        const auto &kernel = activeKernel();
+        alignas(32) std::array<Byte, PieceBytes> piece;
+        for (std::size_t at = 0; at < text.size(); at += PieceBytes) {
+            const std::size_t length = std::min(PieceBytes, text.size() - at);
+            encipher(kernel, reinterpret_cast<const Byte *>(text.data() + at), length,
+                     piece.data());
+            kernel.base64Encode(piece.data(), paddedSize(length), out);
+            out += PieceCharacters;
         }
-        const std::size_t start = result.size();
-        result.resize(start + Kernels::encodedSize(padded));
-        kernel.base64Encode(piece.data(), padded, &result[start]);
-    }
-    return result;
+        return size;
+    });
 }
 
 std::string EDData::global_deserialize(const std::string &text) const
 {
-    const auto &kernel = activeKernel();
-    const RoundKeys &keys = LibraryKey::instance().decryption;
-    std::string result;
-    result.reserve(Kernels::paddedSize(Kernels::decodedSize(text.size())));
-    for (std::size_t at = 0; at < text.size(); at += PieceCharacters) {
-        const std::size_t size = std::min(PieceCharacters, text.size() - at);
-        const std::size_t start = result.size();
-        result.resize(start + Kernels::paddedSize(Kernels::decodedSize(size)));
-        Byte *out = bytesAt(result, start);
-        const std::size_t decoded = kernel.base64Decode(text.data() + at, size, out);
-        const std::size_t padded = Kernels::paddedSize(decoded);
-        std::fill(out + decoded, out + padded, Byte(0)); // a short last block is completed
-        kernel.ecbDecrypt(keys, out, out, padded / BlockSize);
-        result.resize(start + padded);
-        if (decoded < PieceBytes)
-            break;
-    }
-    return result;
+    return makeResult(paddedSize(decodedSize(text.size())), [&](char *result) {
+        const auto &kernel = activeKernel();
+        const RoundKeys &keys = LibraryKey::instance().decryption;
+        auto *out = reinterpret_cast<Byte *>(result);
+        std::size_t written = 0;
+        for (std::size_t at = 0; at < text.size(); at += PieceCharacters) {
+            const std::size_t length = std::min(PieceCharacters, text.size() - at);
+            const std::size_t bytes = kernel.base64Decode(text.data() + at, length, out + written);
+            const std::size_t padded = paddedSize(bytes);
+            // A short last block is completed with zero bytes.
+            std::fill(out + written + bytes, out + written + padded, Byte(0));
+            kernel.ecbDecrypt(keys, out + written, out + written, padded / BlockSize);
+            written += padded;
+            if (bytes < PieceBytes)
+                break;
+        }
+        return written;
+    });
 }
 
 std::string EDData::base64_encode(const unsigned char *bytes, unsigned int length) const
 {
-    std::string result;
-    result.resize(Kernels::encodedSize(length));
-    activeKernel().base64Encode(bytes, length, result.data());
-    return result;
+    const std::size_t size = encodedSize(length);
+    return makeResult(size, [=](char *out) {
+        activeKernel().base64Encode(bytes, length, out);
+        return size;
+    });
 }
 
 std::string EDData::base64_decode(const std::string &text) const
 {
-    std::string result;
-    result.resize(Kernels::decodedSize(text.size()));
-    result.resize(activeKernel().base64Decode(text.data(), text.size(), bytesAt(result, 0)));
-    return result;
+    return makeResult(decodedSize(text.size()), [&](char *out) {
+        return activeKernel().base64Decode(text.data(), text.size(), reinterpret_cast<Byte *>(out));
+    });
 }
 
 std::string EDData::readFile(const std::string &path) const

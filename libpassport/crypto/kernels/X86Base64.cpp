@@ -37,16 +37,16 @@ constexpr std::size_t Bytes = 24;      // that they stand for
     return _mm256_or_si256(even, odd);
 }
 
-/// What to add to a value depends on its range: 0 for a-z, 1 to 10 for 0-9, 11 for +, 12 for /, and
-/// 13 for A-Z number the ranges.
+/// What to add to a value depends on its range: 0 for A-Z, 1 for a-z, 2 to 11 for 0-9, 12 for + and
+/// 13 for / number the ranges.
 [[gnu::target("avx2")]] inline __m256i charactersOf(__m256i values)
 {
     const __m256i offsets = inBothHalves(
-        _mm_setr_epi8('a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
-                      '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 'A', 0, 0));
-    const __m256i capitals = _mm256_cmpgt_epi8(_mm256_set1_epi8(26), values);
-    const __m256i range = _mm256_or_si256(_mm256_subs_epu8(values, _mm256_set1_epi8(51)),
-                                          _mm256_and_si256(capitals, _mm256_set1_epi8(13)));
+        _mm_setr_epi8('A', 'a' - 26, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52, '0' - 52,
+                      '0' - 52, '0' - 52, '0' - 52, '0' - 52, '+' - 62, '/' - 63, 0, 0));
+    const __m256i beyondCapitals = _mm256_cmpgt_epi8(values, _mm256_set1_epi8(25)); // -1 each
+    const __m256i range =
+        _mm256_sub_epi8(_mm256_subs_epu8(values, _mm256_set1_epi8(51)), beyondCapitals);
     return _mm256_add_epi8(values, _mm256_shuffle_epi8(offsets, range));
 }
 
