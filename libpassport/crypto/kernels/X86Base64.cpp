@@ -3,6 +3,9 @@
 #include "crypto/kernels/Portable_p.h"
 #include "crypto/kernels/X86_p.h"
 
+#include <cstring>
+#include <utility>
+
 #include <immintrin.h>
 
 // Base64 on registers of 32 characters, two halves of 16 side by side, with byte shuffles as
@@ -50,8 +53,9 @@ constexpr std::size_t Bytes = 24;      // that they stand for
     return _mm256_add_epi8(values, _mm256_shuffle_epi8(offsets, range));
 }
 
-/// Turns characters into their values; false when one of them is not of the alphabet.
-[[gnu::target("avx2")]] inline bool valuesOf(__m256i &characters)
+/// Turns characters into their values. A bit of `barred` is set by each one that is not of the
+/// alphabet.
+[[gnu::target("avx2")]] inline __m256i valuesOf(__m256i characters, __m256i &barred)
 {
     // Each high nibble has a bit that is set for the low nibbles it must not come with. High
     // nibbles that never occur share the bit 0x10, which every low nibble has.
@@ -67,24 +71,52 @@ constexpr std::size_t Bytes = 24;      // that they stand for
     const __m256i nibble = _mm256_set1_epi8(0x0f);
     const __m256i high = _mm256_and_si256(_mm256_srli_epi32(characters, 4), nibble);
     const __m256i low = _mm256_and_si256(characters, nibble);
-    if (!_mm256_testz_si256(_mm256_shuffle_epi8(barredLow, low),
-                            _mm256_shuffle_epi8(barredHigh, high)))
-        return false;
+    barred = _mm256_or_si256(barred, _mm256_and_si256(_mm256_shuffle_epi8(barredLow, low),
+                                                      _mm256_shuffle_epi8(barredHigh, high)));
     const __m256i slashes = _mm256_cmpeq_epi8(characters, _mm256_set1_epi8('/')); // -1 each
     const __m256i offset = _mm256_shuffle_epi8(offsets, _mm256_add_epi8(high, slashes));
-    characters = _mm256_add_epi8(characters, offset);
-    return true;
+    return _mm256_add_epi8(characters, offset);
 }
 
-/// 32 values of 6 bits as 24 bytes at the start of the register.
+/// 32 values of 6 bits as two times 12 bytes, each at the start of its half.
 [[gnu::target("avx2")]] inline __m256i join(__m256i values)
 {
     const __m256i pairs = _mm256_maddubs_epi16(values, _mm256_set1_epi32(0x01400140));
     const __m256i groups = _mm256_madd_epi16(pairs, _mm256_set1_epi32(0x00011000));
     const __m256i order =
         inBothHalves(_mm_setr_epi8(2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1));
-    const __m256i halves = _mm256_shuffle_epi8(groups, order);
-    return _mm256_permutevar8x32_epi32(halves, _mm256_setr_epi32(0, 1, 2, 4, 5, 6, 7, 7));
+    return _mm256_shuffle_epi8(groups, order);
+}
+
+/// Each half is stored whole, with an excess of 4 bytes that the next one overwrites. Only the last
+/// register of a row has to end with its last byte.
+template <bool Last>
+[[gnu::target("avx2")]] inline void decodeRegister(const char *in, Byte *out, __m256i &barred)
+{
+    const __m256i text = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(in));
+    const __m256i bytes = join(valuesOf(text, barred));
+    const __m128i second = _mm256_extracti128_si256(bytes, 1);
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(out), _mm256_castsi256_si128(bytes));
+    out += Bytes / 2;
+    if (!Last) {
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(out), second);
+        return;
+    }
+    const int end = _mm_extract_epi32(second, 2);
+    _mm_storel_epi64(reinterpret_cast<__m128i *>(out), second);
+    std::memcpy(out + 8, &end, sizeof(end));
+}
+
+/// Decodes a row of registers; false when one of the characters is not of the alphabet.
+template <std::size_t... Register>
+[[gnu::target("avx2")]] inline bool decodeRow(const char *in, Byte *out,
+                                              std::index_sequence<Register...>)
+{
+    __m256i barred = _mm256_setzero_si256();
+    (decodeRegister<Register + 1 == sizeof...(Register)>(in + Register * Characters,
+                                                         out + Register * Bytes, barred),
+     ...);
+    return _mm256_testz_si256(barred, barred);
 }
 
 } // namespace
@@ -104,17 +136,20 @@ constexpr std::size_t Bytes = 24;      // that they stand for
 
 [[gnu::target("avx2")]] std::size_t base64Decode(const char *in, std::size_t size, Byte *out)
 {
-    const Byte *start = out;
-    for (; size >= Characters; size -= Characters, in += Characters, out += Bytes) {
-        __m256i text = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(in));
-        if (!valuesOf(text))
-            break;
-        // 16 and 8 bytes: never more than the characters stand for.
-        const __m256i bytes = join(text);
-        _mm_storeu_si128(reinterpret_cast<__m128i *>(out), _mm256_castsi256_si128(bytes));
-        _mm_storel_epi64(reinterpret_cast<__m128i *>(out + 16), _mm256_extracti128_si256(bytes, 1));
+    constexpr std::size_t Row = 4;
+    std::size_t read = 0;
+    std::size_t written = 0;
+    while (size - read >= Row * Characters &&
+           decodeRow(in + read, out + written, std::make_index_sequence<Row>())) {
+        read += Row * Characters;
+        written += Row * Bytes;
     }
-    return static_cast<std::size_t>(out - start) + Portable::base64Decode(in, size, out);
+    while (size - read >= Characters &&
+           decodeRow(in + read, out + written, std::make_index_sequence<1>())) {
+        read += Characters;
+        written += Bytes;
+    }
+    return written + Portable::base64Decode(in + read, size - read, out + written);
 }
 
 } // namespace VelqorPassPort::Kernels::X86
