@@ -1,0 +1,34 @@
+#include "crypto/kernels/Kernel_p.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace VelqorPassPort::Kernels {
+
+namespace {
+
+const Kernel &chosenKernel()
+{
+    const char *wanted = std::getenv("PASSPORT_CRYPTO_KERNEL");
+    const Kernel *fastest = nullptr;
+    for (const auto candidate : {vaesKernel, aesniKernel, neonKernel, portableKernel}) {
+        const Kernel *kernel = candidate();
+        if (!kernel)
+            continue;
+        if (wanted && std::strcmp(kernel->name, wanted) == 0)
+            return *kernel;
+        if (!fastest)
+            fastest = kernel;
+    }
+    return *fastest;
+}
+
+} // namespace
+
+const Kernel &activeKernel()
+{
+    static const Kernel &kernel = chosenKernel();
+    return kernel;
+}
+
+} // namespace VelqorPassPort::Kernels

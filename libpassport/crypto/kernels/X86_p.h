@@ -1,0 +1,25 @@
+#pragma once
+
+#include "crypto/kernels/Kernel_p.h"
+
+/// The routines for 64-bit x86. A routine may run only where the question named beside it says yes.
+namespace VelqorPassPort::Kernels::X86 {
+
+bool hasAes(); ///< AES-NI
+bool hasAvx2();
+bool hasVaes(); ///< AES-NI on registers of two blocks, and AVX2
+
+// hasAes()
+void ecbEncrypt(const RoundKeys &keys, const Byte *in, Byte *out, std::size_t blocks);
+void ecbDecrypt(const RoundKeys &keys, const Byte *in, Byte *out, std::size_t blocks);
+void cbcEncrypt(const RoundKeys &keys, Byte *vector, const Byte *in, Byte *out, std::size_t blocks);
+void cbcDecrypt(const RoundKeys &keys, Byte *vector, const Byte *in, Byte *out, std::size_t blocks);
+void cfbEncrypt(const RoundKeys &keys, Byte *vector, const Byte *in, Byte *out, std::size_t blocks);
+void cfbDecrypt(const RoundKeys &keys, Byte *vector, const Byte *in, Byte *out, std::size_t blocks);
+void ofb(const RoundKeys &keys, Byte *vector, const Byte *in, Byte *out, std::size_t blocks);
+
+// hasAvx2()
+void base64Encode(const Byte *in, std::size_t size, char *out);
+std::size_t base64Decode(const char *in, std::size_t size, Byte *out);
+
+} // namespace VelqorPassPort::Kernels::X86

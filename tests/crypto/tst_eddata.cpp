@@ -1,0 +1,227 @@
+#include "ForcedKernel.h"
+
+#include "crypto/AESEncryption.h"
+#include "crypto/EDData.h"
+#include "support/LogCapture.h"
+
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QtTest>
+
+#include <atomic>
+#include <iostream>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+using VelqorPassPort::EDData;
+
+namespace {
+
+const std::string LibraryKey("\x0B\x05\x11\x02\x27\x0E\x19\x1C\x03\x0A\x26\x07\x13\x22\x06\x18",
+                             16);
+
+std::string someBytes(std::size_t size)
+{
+    std::string bytes(size, '\0');
+    std::uint32_t state = 2463534242U;
+    for (char &byte : bytes) {
+        state = state * 1664525U + 1013904223U;
+        byte = char(state >> 24);
+    }
+    return bytes;
+}
+
+std::string encoded(const std::string &bytes)
+{
+    return EDData().base64_encode(reinterpret_cast<const unsigned char *>(bytes.data()),
+                                  static_cast<unsigned>(bytes.size()));
+}
+
+std::string padded(const std::string &text)
+{
+    return text + std::string((16 - text.size() % 16) % 16, '\0');
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(std::string)
+
+class TestEDData : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        firstUseFromSeveralThreads();
+        checkForcedKernel();
+    }
+    void base64_data();
+    void base64();
+    void base64OfEveryLength();
+    void decodingStopsAtAnyOtherCharacter();
+    void protectedText();
+    void protectedTextOfEveryLength();
+    void protectedTextThatIsCut();
+    void filesKeepEveryByte();
+    void filesThatCannotBeOpened();
+
+private:
+    void firstUseFromSeveralThreads();
+    QTemporaryDir m_directory;
+};
+
+void TestEDData::firstUseFromSeveralThreads()
+{
+    std::atomic<bool> go{false};
+    std::vector<std::string> results(8);
+    std::vector<std::thread> threads;
+    for (std::string &result : results)
+        threads.emplace_back([&] {
+            while (!go)
+                std::this_thread::yield();
+            result = EDData().global_deserialize(EDData().global_serialize("sixteen letters."));
+        });
+    go = true;
+    for (std::thread &thread : threads)
+        thread.join();
+    for (const std::string &result : results)
+        QCOMPARE(result, std::string("sixteen letters."));
+}
+
+void TestEDData::base64_data()
+{
+    QTest::addColumn<std::string>("bytes");
+    QTest::addColumn<std::string>("text");
+    // RFC 4648, section 10.
+    const char *texts[] = {"", "Zg==", "Zm8=", "Zm9v", "Zm9vYg==", "Zm9vYmE=", "Zm9vYmFy"};
+    for (std::size_t i = 0; i < 7; ++i)
+        QTest::addRow("RFC 4648, %d bytes", int(i))
+            << std::string("foobar").substr(0, i) << std::string(texts[i]);
+    QTest::newRow("zeros") << std::string(2, '\0') << std::string("AAA=");
+    QTest::newRow("both signs") << std::string("\xfb\xff\xbf") << std::string("+/+/");
+}
+
+void TestEDData::base64()
+{
+    QFETCH(std::string, bytes);
+    QFETCH(std::string, text);
+    QCOMPARE(encoded(bytes), text);
+    QCOMPARE(EDData().base64_decode(text), bytes);
+    // Without its padding the last group means the same, and one character alone means nothing.
+    QCOMPARE(EDData().base64_decode(text.substr(0, text.find('='))), bytes);
+    QCOMPARE(EDData().base64_decode(text.substr(0, text.size() / 4 * 4) + "\nZm9v"), bytes);
+    if (text.find('=') == std::string::npos)
+        QCOMPARE(EDData().base64_decode(text + "Z"), bytes);
+}
+
+void TestEDData::base64OfEveryLength()
+{
+    const std::string bytes = someBytes(9000);
+    for (std::size_t size = 0; size < bytes.size(); size += size < 400 ? 1 : 797) {
+        const std::string part = bytes.substr(bytes.size() - size);
+        const std::string text = encoded(part);
+        QCOMPARE(text, QByteArray::fromStdString(part).toBase64().toStdString());
+        QCOMPARE(EDData().base64_decode(text), part);
+    }
+}
+
+void TestEDData::decodingStopsAtAnyOtherCharacter()
+{
+    const std::string bytes = someBytes(150);
+    const std::string text = encoded(bytes);
+    for (int value = 0; value < 256; ++value) {
+        const bool accepted = (value < 128 && isalnum(value)) || value == '+' || value == '/';
+        for (std::size_t at = 0; at < text.size(); ++at) {
+            std::string changed = text;
+            changed[at] = char(value);
+            const std::string result = EDData().base64_decode(changed);
+            if (accepted)
+                QCOMPARE(result, QByteArray::fromBase64(changed.c_str()).toStdString());
+            else
+                QCOMPARE(result, bytes.substr(0, at * 3 / 4));
+        }
+    }
+}
+
+void TestEDData::protectedText()
+{
+    const EDData data;
+    QCOMPARE(data.global_serialize(""), std::string());
+    QCOMPARE(data.global_deserialize(""), std::string());
+    // Every value is made of ciphertext under the fixed key: other builds must be able to read it.
+    for (const std::size_t size : {1U, 15U, 16U, 17U, 100U}) {
+        const std::string text = someBytes(size);
+        QCOMPARE(data.global_serialize(text),
+                 encoded(AESEncryption::Crypt(AESEncryption::AES_128, AESEncryption::ECB, text,
+                                              LibraryKey, "", AESEncryption::ZERO)));
+    }
+    QCOMPARE(data.global_serialize("M"), std::string("iZDzbtBw0l4F6cB5T2D9Kw=="));
+}
+
+void TestEDData::protectedTextOfEveryLength()
+{
+    const std::string bytes = someBytes(20000);
+    for (std::size_t size = 0; size < bytes.size(); size += size % 6144 < 80 ? 1 : 61) {
+        const std::string text = bytes.substr(0, size);
+        const std::string result = EDData().global_serialize(text);
+        QCOMPARE(result.size(), (padded(text).size() + 2) / 3 * 4);
+        QCOMPARE(EDData().global_deserialize(result), padded(text));
+    }
+}
+
+void TestEDData::protectedTextThatIsCut()
+{
+    const std::string text = EDData().global_serialize(someBytes(20000));
+    for (const std::size_t size :
+         {1U, 2U, 21U, 22U, 23U, 24U, 8190U, 8191U, 8192U, 8193U, 8194U, 8195U, 20000U}) {
+        const std::string bytes = EDData().base64_decode(text.substr(0, size));
+        const std::string expected = AESEncryption::Decrypt(
+            AESEncryption::AES_128, AESEncryption::ECB, bytes, LibraryKey, "", AESEncryption::ZERO);
+        QCOMPARE(EDData().global_deserialize(text.substr(0, size)), expected);
+        QCOMPARE(EDData().global_deserialize(text.substr(0, size) + '\n' + text), expected);
+    }
+}
+
+void TestEDData::filesKeepEveryByte()
+{
+    const std::string path = m_directory.filePath(QStringLiteral("file")).toStdString();
+    for (const std::size_t size : {100000U, 0U, 3U}) {
+        const std::string bytes = someBytes(size);
+        const LogCapture log;
+        QVERIFY(EDData().writeFile(path, bytes));
+        QCOMPARE(log.lines(), QStringList({
+                                  QStringLiteral("debug mireth01 edData.writeFile start:"),
+                                  QStringLiteral("debug mireth01 edData.ofstream declared:"),
+                                  QStringLiteral("debug mireth01 edData.ofstream opened:"),
+                                  QStringLiteral("debug mireth01 edData.ofstream declared:"),
+                                  QStringLiteral("debug mireth01 edData.ofstream flushed:"),
+                                  QStringLiteral("debug edData.writeFile close file:"),
+                              }));
+        QCOMPARE(EDData().readFile(path), bytes);
+    }
+}
+
+void TestEDData::filesThatCannotBeOpened()
+{
+    const std::string path = m_directory.filePath(QStringLiteral("missing/file")).toStdString();
+    const LogCapture log;
+    QVERIFY(!EDData().writeFile(path, "data"));
+    QCOMPARE(log.lines(), QStringList({
+                              QStringLiteral("debug mireth01 edData.writeFile start:"),
+                              QStringLiteral("debug mireth01 edData.ofstream declared:"),
+                              QStringLiteral("debug edData.writeFile open failed:"),
+                          }));
+
+    std::ostringstream output;
+    std::streambuf *former = std::cout.rdbuf(output.rdbuf());
+    const std::string missing = EDData().readFile(path);
+    const std::string directory = EDData().readFile(m_directory.path().toStdString());
+    std::cout.rdbuf(former);
+    QCOMPARE(missing, std::string());
+    QCOMPARE(directory, std::string());
+    QCOMPARE(output.str().substr(0, 15), std::string("readfile fail!\n"));
+}
+
+QTEST_GUILESS_MAIN(TestEDData)
+#include "tst_eddata.moc"

@@ -1,0 +1,228 @@
+#include "crypto/AESEncryption.h"
+#include "crypto/kernels/Kernel_p.h"
+
+#include <QtTest/QtTest>
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstring>
+
+using namespace VelqorPassPort::Kernels;
+
+namespace {
+
+const bool environmentSet = qputenv("PASSPORT_CRYPTO_KERNEL", "no such kernel");
+const Kernel &chosenByInitialiser = activeKernel();
+
+/// A page of memory with unmapped pages before and behind it: whoever reads or writes one byte too
+/// many crashes.
+class GuardedPage
+{
+public:
+    GuardedPage()
+        : m_base(static_cast<Byte *>(
+              ::mmap(nullptr, 3 * m_size, PROT_NONE, MAP_PRIVATE | MAP_ANON, -1, 0)))
+    {
+        ::mprotect(m_base + m_size, m_size, PROT_READ | PROT_WRITE);
+    }
+    ~GuardedPage() { ::munmap(m_base, 3 * m_size); }
+    Q_DISABLE_COPY(GuardedPage)
+
+    /// So many bytes right before the end of the page.
+    Byte *last(std::size_t size) const { return m_base + 2 * m_size - size; }
+    Byte *first() const { return m_base + m_size; }
+
+private:
+    std::size_t m_size = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    Byte *m_base;
+};
+
+std::string someBytes(std::size_t size)
+{
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size; ++i)
+        bytes[i] = char((i * 2654435761U) >> 13);
+    return bytes;
+}
+
+RoundKeys roundKeys(const std::string &expanded)
+{
+    RoundKeys keys;
+    keys.rounds = int(expanded.size() / 16) - 1;
+    std::memcpy(keys.bytes.data(), expanded.data(), expanded.size());
+    return keys;
+}
+
+const std::string FirstVector = someBytes(16);
+
+/// The modes of SP 800-38A put together from the plain round steps.
+struct Reference
+{
+    AESEncryption aes;
+    std::string keys;
+
+    std::string encrypt(int mode, const std::string &text)
+    {
+        std::string result;
+        std::string chain = FirstVector;
+        for (std::size_t at = 0; at < text.size(); at += 16) {
+            const std::string block = text.substr(at, 16);
+            std::string out;
+            if (mode == AESEncryption::ECB) {
+                out = aes.cipher(keys, block);
+            } else if (mode == AESEncryption::CBC) {
+                out = chain = aes.cipher(keys, AESEncryption::byteXor(block, chain));
+            } else {
+                chain = aes.cipher(keys, chain);
+                out = AESEncryption::byteXor(chain, block);
+                if (mode == AESEncryption::CFB)
+                    chain = out;
+            }
+            result += out;
+        }
+        return result;
+    }
+};
+
+} // namespace
+
+class TestKernels : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void unknownNameLeavesTheFastest();
+    void agreeWithTheRoundSteps_data();
+    void agreeWithTheRoundSteps();
+    void stayInsideTheirBuffers_data() { kernelRows(); }
+    void stayInsideTheirBuffers();
+
+private:
+    static QVector<const Kernel *> kernels();
+    static void kernelRows();
+};
+
+QVector<const Kernel *> TestKernels::kernels()
+{
+    QVector<const Kernel *> present;
+    for (const Kernel *kernel : {vaesKernel(), aesniKernel(), neonKernel(), portableKernel()}) {
+        if (kernel)
+            present << kernel;
+    }
+    return present;
+}
+
+void TestKernels::kernelRows()
+{
+    QTest::addColumn<int>("index");
+    for (int i = 0; i < kernels().size(); ++i)
+        QTest::addRow("%s", kernels()[i]->name) << i;
+}
+
+void TestKernels::unknownNameLeavesTheFastest()
+{
+    QVERIFY(environmentSet);
+    QCOMPARE(&chosenByInitialiser, kernels().first());
+}
+
+void TestKernels::agreeWithTheRoundSteps_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("aes");
+    for (int i = 0; i < kernels().size(); ++i) {
+        for (int aes = 0; aes < 3; ++aes)
+            QTest::addRow("%s AES-%d", kernels()[i]->name, 128 + 64 * aes) << i << aes;
+    }
+}
+
+void TestKernels::agreeWithTheRoundSteps()
+{
+    QFETCH(int, index);
+    QFETCH(int, aes);
+    const Kernel &kernel = *kernels()[index];
+    const auto kind = AESEncryption::Aes(aes);
+    const std::string expanded = AESEncryption::ExpandKey(kind, AESEncryption::ECB, someBytes(32));
+    Reference reference{AESEncryption(kind, AESEncryption::ECB, AESEncryption::ZERO), expanded};
+    const RoundKeys keys = roundKeys(expanded);
+    const RoundKeys inverted = invertedKeys(keys);
+    const Kernel::Chained chainedEncrypt[] = {nullptr, kernel.cbcEncrypt, kernel.cfbEncrypt,
+                                              kernel.ofb};
+    const Kernel::Chained chainedDecrypt[] = {nullptr, kernel.cbcDecrypt, kernel.cfbDecrypt,
+                                              kernel.ofb};
+
+    constexpr std::size_t Blocks = 70;
+    const std::string text = someBytes(Blocks * 16);
+    const auto *in = reinterpret_cast<const Byte *>(text.data());
+    for (int mode = 0; mode < 4; ++mode) {
+        const std::string data = reference.encrypt(mode, text);
+        // Cut into two pieces at every place, with the output off any alignment.
+        for (std::size_t cut = 0; cut <= Blocks; ++cut) {
+            std::string out(1 + text.size(), '\0');
+            std::string back(3 + text.size(), '\0');
+            auto *enciphered = reinterpret_cast<Byte *>(&out[1]);
+            auto *deciphered = reinterpret_cast<Byte *>(&back[3]);
+            if (mode == AESEncryption::ECB) {
+                kernel.ecbEncrypt(keys, in, enciphered, cut);
+                kernel.ecbEncrypt(keys, in + 16 * cut, enciphered + 16 * cut, Blocks - cut);
+                std::memcpy(deciphered, enciphered, text.size());
+                kernel.ecbDecrypt(inverted, deciphered, deciphered, cut);
+                kernel.ecbDecrypt(inverted, deciphered + 16 * cut, deciphered + 16 * cut,
+                                  Blocks - cut);
+            } else {
+                const RoundKeys &backKeys = mode == AESEncryption::CBC ? inverted : keys;
+                std::string vector = FirstVector;
+                auto *chain = reinterpret_cast<Byte *>(&vector[0]);
+                chainedEncrypt[mode](keys, chain, in, enciphered, cut);
+                chainedEncrypt[mode](keys, chain, in + 16 * cut, enciphered + 16 * cut,
+                                     Blocks - cut);
+                vector = FirstVector;
+                chain = reinterpret_cast<Byte *>(&vector[0]);
+                chainedDecrypt[mode](backKeys, chain, enciphered, deciphered, cut);
+                chainedDecrypt[mode](backKeys, chain, enciphered + 16 * cut, deciphered + 16 * cut,
+                                     Blocks - cut);
+            }
+            QCOMPARE(out.substr(1), data);
+            QCOMPARE(back.substr(3), text);
+        }
+    }
+}
+
+void TestKernels::stayInsideTheirBuffers()
+{
+    QFETCH(int, index);
+    const Kernel &kernel = *kernels()[index];
+    const RoundKeys keys = roundKeys(
+        AESEncryption::ExpandKey(AESEncryption::AES_128, AESEncryption::ECB, someBytes(16)));
+    const GuardedPage bytes;
+    const GuardedPage text;
+    const GuardedPage copy;
+    for (std::size_t size = 0; size < 200; ++size) {
+        const std::string expected = someBytes(size);
+        const std::size_t characters = encodedSize(size);
+        const std::size_t accepted = characters - (3 - size % 3) % 3;
+        for (const bool atEnd : {true, false}) {
+            Byte *in = atEnd ? bytes.last(size) : bytes.first();
+            Byte *base64 = atEnd ? text.last(characters) : text.first();
+            Byte *out = atEnd ? copy.last(size) : copy.first();
+            std::memcpy(in, expected.data(), size);
+            kernel.base64Encode(in, size, reinterpret_cast<char *>(base64));
+            std::memmove(text.last(accepted), base64,
+                         accepted); // without "=": exactly `size` bytes
+            const auto *unpadded = reinterpret_cast<const char *>(text.last(accepted));
+            QCOMPARE(kernel.base64Decode(unpadded, accepted, out), size);
+            QVERIFY(std::memcmp(out, expected.data(), size) == 0);
+        }
+        const std::size_t blocks = size % 40;
+        for (const auto work : {kernel.ecbEncrypt, kernel.ecbDecrypt})
+            work(keys, bytes.last(16 * blocks), copy.last(16 * blocks), blocks);
+        for (const auto work : {kernel.cbcEncrypt, kernel.cbcDecrypt, kernel.cfbEncrypt,
+                                kernel.cfbDecrypt, kernel.ofb}) {
+            work(keys, text.last(16), bytes.last(16 * blocks), copy.last(16 * blocks), blocks);
+            work(keys, text.last(16), bytes.first(), copy.first(), blocks);
+        }
+    }
+}
+
+QTEST_APPLESS_MAIN(TestKernels)
+#include "tst_kernels.moc"
