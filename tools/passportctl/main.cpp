@@ -1,5 +1,6 @@
-#include "Cloud.h"
 #include "Doctor.h"
+#include "Errors.h"
+#include "Host.h"
 #include "Output.h"
 
 #include <QtCore/QCoreApplication>
@@ -17,14 +18,18 @@ struct Arguments
     bool json = false;
     bool verbose = false;
     bool showToken = false;
+    bool remember = false;
+    bool forget = false;
     std::string config;
     std::string environment;
     std::string address;
     std::string user;
     std::string phoneArea;
+    std::string passportDir;
+    std::string code;
 };
 
-using Command = std::function<Exit(Cloud &, const Output &)>;
+using Command = std::function<Exit(Host &, const Output &)>;
 
 QString text(const std::string &argument)
 {
@@ -43,6 +48,7 @@ void declareGlobal(CLI::App &app, Arguments &arguments)
     app.add_flag("-v,--verbose", arguments.verbose, "Say on standard error why a request failed");
     app.add_option("--config", arguments.config, "Cloud configuration file (JSON)");
     app.add_option("--environment", arguments.environment, "Name of the cloud environment");
+    app.add_option("--passport-dir", arguments.passportDir, "Passport directory of the host");
     app.add_option("--cloud", arguments.address, "Address of the account service");
 }
 
@@ -61,26 +67,41 @@ void declareCommands(CLI::App &app, Arguments &arguments, Command &chosen)
 {
     CLI::App *signIn = declareAccountCommand(app, arguments, "sign-in", "Sign in with a password");
     signIn->add_flag("--show-token", arguments.showToken, "Print the session token too");
+    signIn->add_flag(
+        "--remember", arguments.remember,
+        "Write name and password to the passport directory, as the library does for hosts");
     signIn->callback([&] {
-        chosen = [&](Cloud &cloud, const Output &) {
-            return cloud.signIn(text(arguments.user), text(arguments.phoneArea),
-                                arguments.showToken);
+        chosen = [&](Host &host, const Output &) {
+            return host.signIn(text(arguments.user), text(arguments.phoneArea), arguments.showToken,
+                               arguments.remember);
         };
     });
     declareAccountCommand(app, arguments, "profile", "Sign in and print the account's profile")
         ->callback([&] {
-            chosen = [&](Cloud &cloud, const Output &) {
-                return cloud.profile(text(arguments.user), text(arguments.phoneArea));
+            chosen = [&](Host &host, const Output &) {
+                return host.profile(text(arguments.user), text(arguments.phoneArea));
             };
         });
+    CLI::App *account = app.add_subcommand("account", "Show the remembered account");
+    account->add_flag("--forget", arguments.forget, "Remove it");
+    account->callback([&] {
+        chosen = [&](Host &host, const Output &) { return host.account(arguments.forget); };
+    });
+    CLI::App *errors = app.add_subcommand("errors", "Explain an error code");
+    errors->add_option("code", arguments.code, "32-bit number, decimal or 0x...")->required();
+    errors->callback([&] {
+        chosen = [&](Host &, const Output &output) {
+            return explain(text(arguments.code), output);
+        };
+    });
     app.add_subcommand("status", "Ask the account service whether it is there")->callback([&] {
-        chosen = [](Cloud &cloud, const Output &) { return cloud.status(); };
+        chosen = [](Host &host, const Output &) { return host.status(); };
     });
     app.add_subcommand("config", "Check and print the cloud configuration")->callback([&] {
-        chosen = [](Cloud &cloud, const Output &) { return cloud.config(); };
+        chosen = [](Host &host, const Output &) { return host.config(); };
     });
     app.add_subcommand("doctor", "Look at everything that a sign-in needs")->callback([&] {
-        chosen = [](Cloud &cloud, const Output &output) { return examine(cloud, output); };
+        chosen = [](Host &host, const Output &output) { return examine(host, output); };
     });
 }
 
@@ -106,7 +127,8 @@ int main(int argc, char *argv[])
         QStringLiteral("velqor.passport.lib=false\nnubelo=%1")
             .arg(arguments.verbose ? QStringLiteral("true") : QStringLiteral("false")));
     const Output output(arguments.json);
-    Cloud cloud({text(arguments.config), text(arguments.environment), text(arguments.address)},
-                output);
-    return static_cast<int>(chosen(cloud, output));
+    Host host({text(arguments.config), text(arguments.environment), text(arguments.address),
+               text(arguments.passportDir)},
+              output);
+    return static_cast<int>(chosen(host, output));
 }
