@@ -23,12 +23,13 @@ int main(int argc, char *argv[])
 
     QVariantMap profile;
     if (outcome.errorCode == CommunityErrorCode::NoError)
-        outcome = passport.logIn(arguments[3], in.readLine(), QString(), profile, false);
-    if (outcome.errorCode == CommunityErrorCode::NoError)
-        out << "Welcome, " << profile.value(QStringLiteral("nickName")).toString() << '\n';
-    else
+        outcome = passport.logIn(arguments[3], in.readLine(), QString(), profile, true);
+    if (outcome.errorCode != CommunityErrorCode::NoError) {
         out << "Sorry: " << outcome.errorName << ' ' << outcome.errorMessage << '\n';
-
+        return 1;
+    }
+    out << "Welcome, " << profile.value(QStringLiteral("nickName")).toString() << "! Next time as "
+        << passport.getAccountInfo().value(QStringLiteral("name")).toString() << '\n';
+    passport.logOut();
     passport.exitModule();
-    return outcome.errorCode == CommunityErrorCode::NoError ? 0 : 1;
 }
