@@ -83,6 +83,37 @@ public:
     /// Reserved for software updates; succeeds and does nothing.
     PassportCommunityError reqSoftUp();
 
+    // Protected storage. Protected text is base64 (RFC 4648) of AES-128-ECB ciphertext (FIPS 197)
+    // under the library's key. Unprotected data ends in the 0 to 15 zero bytes that completed its
+    // last block; cut them off where they matter. All calls return whether there is a result and
+    // log a critical line when it is empty; text results stay as they were then. Callable from
+    // several threads: all but the last two take turns.
+
+    /// Protects a byte string. `result` is assigned in any case; false for an empty text.
+    bool serializeString(std::string text, std::string &result);
+    /// Unprotects into bytes. Text that was never protected gives bytes without meaning, and true.
+    bool deserializeString(std::string protectedText, std::string &result);
+    /// Protects the UTF-8 of a text.
+    bool serializeString(QString text, QString &result);
+    /// Protects the UTF-8 of an object's indented JSON; an empty object too.
+    bool serializeObj(QJsonObject object, QString &result);
+    /// Protects the UTF-8 of a text into a file. True means that the file could be opened.
+    bool serializeFile(QString text, QString filePath);
+    /// Protects the local 8-bit form of an object's indented JSON into a file.
+    bool serializeData(QJsonObject object, QString filePath);
+    /// Unprotects into a text, padding included as U+0000.
+    bool deserializeData(QString protectedText, QString &result);
+    /// Unprotects a file into a text, padding included, and prints it to standard output. False for
+    /// a missing and for an empty file.
+    bool deserializeFile(QString filePath, QString &result);
+    /// Never returns: it waits for a lock that it holds itself. Call deserializeFile() and
+    /// setFileContent() instead.
+    bool deserializeFileToFile(QString protectedFilePath, QString plainFilePath);
+    /// Replaces a file by the local 8-bit form of a text. True means that it could be opened.
+    bool setFileContent(QString filePath, QString content);
+    /// The object in a JSON information file; empty when there is none.
+    QJsonObject getFileContentObj(QString filePath);
+
 Q_SIGNALS:
     /// For hosts to connect to; nothing in the library emits it.
     void hubConnect();
