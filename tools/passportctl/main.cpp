@@ -2,6 +2,7 @@
 #include "Errors.h"
 #include "Host.h"
 #include "Output.h"
+#include "Protection.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLoggingCategory>
@@ -20,6 +21,7 @@ struct Arguments
     bool showToken = false;
     bool remember = false;
     bool forget = false;
+    bool strip = false;
     std::string config;
     std::string environment;
     std::string address;
@@ -27,6 +29,8 @@ struct Arguments
     std::string phoneArea;
     std::string passportDir;
     std::string code;
+    std::string input;
+    std::string output;
 };
 
 using Command = std::function<Exit(Host &, const Output &)>;
@@ -105,6 +109,29 @@ void declareCommands(CLI::App &app, Arguments &arguments, Command &chosen)
     });
 }
 
+void declareProtection(CLI::App &app, Arguments &arguments, Command &chosen)
+{
+    const auto declare = [&](const char *name, const char *description, auto operation) {
+        CLI::App *command = app.add_subcommand(name, description);
+        command->add_option("file", arguments.input, "File to read; standard input without it");
+        command->add_option("-o,--output", arguments.output,
+                            "File to write; standard output without it");
+        command->callback([&, operation] {
+            if (arguments.json && arguments.output.empty())
+                throw CLI::ValidationError("--json", "needs --output with this command");
+            chosen = [&, operation](Host &, const Output &output) {
+                return operation({text(arguments.input), text(arguments.output), arguments.strip},
+                                 output);
+            };
+        });
+        return command;
+    };
+    declare("protect", "Protect a text or file (AES-128 and base64)", &protect);
+    declare("unprotect", "Recover what was protected", &unprotect)
+        ->add_flag("--strip", arguments.strip,
+                   "Cut the zero bytes that the format adds at the end");
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -116,6 +143,7 @@ int main(int argc, char *argv[])
     CLI::App app("Account services from the command line", "passportctl");
     declareGlobal(app, arguments);
     declareCommands(app, arguments, chosen);
+    declareProtection(app, arguments, chosen);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
