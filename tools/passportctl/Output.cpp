@@ -18,6 +18,9 @@ struct Explanation
 };
 
 const Explanation explanations[] = {
+    {CommunityErrorCode::NoError, Exit::Success, "success"},
+    {CommunityErrorCode::AuthErr, Exit::Refused,
+     "the password is wrong, or the session is not, or no longer, accepted"},
     {CommunityErrorCode::NetErr, Exit::Unreachable, "the service did not answer in time"},
     {CommunityErrorCode::EC_ConnectionRefusedError, Exit::Unreachable,
      "nothing listens at the service's address"},
@@ -49,12 +52,11 @@ const Explanation *explanationOf(CommunityErrorCode::ErrorCode code)
 
 QString wordsOf(const PassportCommunityError &record)
 {
-    if (record.errorCode == CommunityErrorCode::AuthErr)
-        return record.errorMessage == QLatin1String("pwdErr")
-                   ? QStringLiteral("user name or password is wrong")
-                   : QStringLiteral("the session is not, or no longer, accepted");
-    if (const Explanation *known = explanationOf(record.errorCode))
-        return QString::fromLatin1(known->words);
+    if (record.errorMessage == QLatin1String("pwdErr"))
+        return QStringLiteral("user name or password is wrong");
+    const QString meaning = meaningOf(record.errorCode);
+    if (!meaning.isEmpty())
+        return meaning;
     return record.errorMessage.isEmpty() ? QStringLiteral("the service could not be used")
                                          : record.errorMessage;
 }
@@ -66,6 +68,12 @@ QString numberOf(const PassportCommunityError &record)
 }
 
 } // namespace
+
+QString meaningOf(CommunityErrorCode::ErrorCode code)
+{
+    const Explanation *known = explanationOf(code);
+    return known ? QString::fromLatin1(known->words) : QString();
+}
 
 Exit exitOf(const PassportCommunityError &record)
 {

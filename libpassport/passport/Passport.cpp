@@ -1,0 +1,94 @@
+#include "passport/Passport.h"
+
+#include "common/Log.h"
+#include "hub/InitialWorker.h"
+#include "hub/ProcessControl.h"
+#include "passport/BuildId_p.h"
+#include "passport/PassportNubelo.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QThread>
+
+namespace VelqorPassPort {
+
+Passport::Passport(QObject *parent)
+    : QObject(parent)
+    , m_initialWorker(new InitialWorker)
+    , m_cloud(new PassportNubelo(this))
+{
+    qCInfo(log_lp) << "VelqorPassPort" << passportVersion << passportBuildId;
+    qCDebug(log_lp) << "current threaddddddddd" << QThread::currentThread();
+    // Support tells releases apart by this text; it is not what runs on the host.
+    qCDebug(log_lp) << "qt version"
+                    << "5.15.12";
+    m_webHelperPath = QStringLiteral("openweburl.app/Contents/MacOS/openweburl");
+}
+
+Passport::~Passport()
+{
+    qCInfo(log_lp) << "m_initialWorker deleteLater!";
+    // By the event loop, since the worker may be at work further up the stack. Should no loop run
+    // any more, it goes with the application object.
+    if (QCoreApplication *application = QCoreApplication::instance()) {
+        if (application->thread() == m_initialWorker->thread())
+            m_initialWorker->setParent(application);
+    }
+    m_initialWorker->deleteLater();
+}
+
+int Passport::initial(QString dir)
+{
+    if (m_initialized) {
+        qCInfo(log_lp) << "initial:" << m_initialized;
+        return 0;
+    }
+    m_passportDir = dir;
+    if (m_initialWorker->initialModule(dir))
+        qCInfo(log_lp) << "initial:" << m_initialized;
+    return 0;
+}
+
+void Passport::exitModule()
+{
+    qCDebug(log_lp) << "exitModule...." << m_initialized;
+    g_killProcess(m_webHelperPath);
+    m_initialized = false;
+}
+
+void Passport::setPassportDir(QString dir)
+{
+    m_passportDir = dir;
+}
+
+void Passport::setToken(QString token)
+{
+    m_cloud->setToken(token);
+}
+
+QString Passport::token() const
+{
+    return m_cloud->token();
+}
+
+PassportCommunityError Passport::setConfigPath(QString path)
+{
+    return m_cloud->setConfigPath(path);
+}
+
+PassportCommunityError Passport::setConfigData(QVariantMap data)
+{
+    return m_cloud->setConfigData(data);
+}
+
+PassportCommunityError Passport::setConfigData(QString environment)
+{
+    return m_cloud->setConfigData(environment);
+}
+
+PassportCommunityError Passport::configData(QVariantMap &data)
+{
+    data = m_cloud->configData();
+    return {};
+}
+
+} // namespace VelqorPassPort

@@ -1,0 +1,77 @@
+#include "passport/Passport.h"
+
+#include "config/ConfigInformation.h"
+#include "crypto/EDData.h"
+#include "passport/OutcomeLog_p.h"
+#include "passport/PassportNubelo.h"
+
+#include <QtCore/QFile>
+
+namespace VelqorPassPort {
+
+PassportCommunityError Passport::logIn(const QString &username, const QString &password,
+                                       const QString &phoneArea, QVariantMap &userInfo,
+                                       bool isRemember)
+{
+    const PassportCommunityError record =
+        m_cloud->logIn(username, password, phoneArea, userInfo, isRemember);
+    if (record.errorCode != CommunityErrorCode::NoError) {
+        logFailure("login error...", record);
+        return record;
+    }
+    qCDebug(log_lp) << "login success...";
+    if (isRemember) {
+        const QString path = m_passportDir + QStringLiteral("/config/account.json");
+        rebuildAccountFile(path);
+        g_setConfigInformation(QStringLiteral("name"), username, path);
+        g_setConfigInformation(QStringLiteral("password"), password, path);
+    }
+    return record;
+}
+
+void Passport::rebuildAccountFile(const QString &path)
+{
+    // From nothing, so that no member of an earlier account survives.
+    QFile file(path);
+    if (file.exists())
+        file.remove();
+    if (!file.exists() && file.open(QIODevice::ReadWrite | QIODevice::Text)) {
+        // Before there is anything to read: it will hold a password.
+        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+        file.close();
+    }
+}
+
+QJsonObject Passport::getAccountInfo()
+{
+    return g_getConfigInformation(m_passportDir + QStringLiteral("/config/account.json"));
+}
+
+PassportCommunityError Passport::logOut()
+{
+    const PassportCommunityError record = m_cloud->logOut();
+    logOutcome(record, "logOut error...", "logOut success...");
+    return record;
+}
+
+PassportCommunityError Passport::reqGetUserInfo(QVariantMap &map, QString sourceStr)
+{
+    const PassportCommunityError record = m_cloud->reqGetUserInfo(map, sourceStr);
+    if (record.errorCode != CommunityErrorCode::NoError)
+        logFailure("reqGetUserInfo error...", record);
+    else
+        qCDebug(log_lp) << "reqGetUserInfo success..." << map;
+    return record;
+}
+
+std::string Passport::deBase64(const std::string &text)
+{
+    return EDData().base64_decode(text);
+}
+
+PassportCommunityError Passport::reqSoftUp()
+{
+    return {};
+}
+
+} // namespace VelqorPassPort
