@@ -10,6 +10,7 @@ namespace {
 
 const QString perms = QStringLiteral("perms");
 const QString oems = QStringLiteral("oems");
+constexpr int minimumPasswordLength = 6;
 
 QJsonObject accountRecord(const Account &account, const QString &token)
 {
@@ -28,10 +29,18 @@ QJsonObject accountRecord(const Account &account, const QString &token)
     return record;
 }
 
+void requireLoginType(const Fields &body)
+{
+    if (body.text(QStringLiteral("loginType")) != QLatin1String("VelqorPassPort"))
+        throw Refusal(400, QStringLiteral("field \"loginType\" must be \"VelqorPassPort\""));
+}
+
 } // namespace
 
-AccountService::AccountService(Store &store)
+AccountService::AccountService(Store &store, CaptchaService &captchas, CodeService &codes)
     : m_store(store)
+    , m_captchas(captchas)
+    , m_codes(codes)
     , m_nobodysHash(hashPassword(newToken()))
 {
 }
@@ -42,24 +51,51 @@ Answer AccountService::logIn(const Request &request)
     const QString userName = body.text(QStringLiteral("username"));
     const QString password = body.text(QStringLiteral("password"));
     const QString phoneArea = body.text(QStringLiteral("phoneArea"));
-    if (body.text(QStringLiteral("loginType")) != QLatin1String("VelqorPassPort"))
-        throw Refusal(400, QStringLiteral("field \"loginType\" must be \"VelqorPassPort\""));
-    const bool withPerms = request.queryFlag(QStringLiteral("withPerms"));
-    const bool withDentals = request.queryFlag(QStringLiteral("withDentals"));
-
-    std::optional<Account> account = authenticate(userName, phoneArea, password);
+    requireLoginType(body);
+    const std::optional<Account> account = authenticate(userName, phoneArea, password);
     if (!account)
-        return failAnswer(QStringLiteral("pwdErr"));
+        throw Denial(QStringLiteral("pwdErr"));
     if (account->locked)
-        return failAnswer(QStringLiteral("illegalErr"));
-    const QString token = startSession(*account, request.remoteAddress);
-    account = m_store.accountOfSession(hashToken(token));
-    QJsonObject record = accountRecord(*account, token);
-    if (!withPerms)
-        record.remove(perms);
-    if (!withDentals)
-        record.remove(oems);
-    return okAnswer(record);
+        throw Denial(QStringLiteral("illegalErr"));
+    return startSession(*account, request);
+}
+
+Answer AccountService::logInByCode(const Request &request)
+{
+    const Fields body(request.json());
+    const QString userName = body.text(QStringLiteral("username"));
+    const QString phoneArea = body.text(QStringLiteral("phoneArea"));
+    requireLoginType(body);
+    const Account account = findOpen(userName, phoneArea);
+    m_codes.redeem(account, QStringLiteral("login"), request.json());
+    return startSession(account, request);
+}
+
+Answer AccountService::checkExistence(const Request &request)
+{
+    const Fields body(request.json());
+    const QString captcha = body.text(QStringLiteral("captcha"));
+    const QString userName = body.text(QStringLiteral("username"));
+    const QString phoneArea = body.text(QStringLiteral("phoneArea"));
+    const CaptchaLink link = CaptchaLink::parse(body.text(QStringLiteral("uuid")));
+    m_captchas.use(link, captcha, CaptchaUse::ExistenceCheck);
+    if (!m_store.find(userName, phoneArea))
+        throw Denial(QStringLiteral("notExistErr"));
+    return okAnswer(QJsonObject());
+}
+
+Answer AccountService::resetPassword(const Request &request)
+{
+    const Fields body(request.json());
+    const QString userName = body.text(QStringLiteral("username"));
+    const QString phoneArea = body.text(QStringLiteral("phoneArea"));
+    const QString password = body.text(QStringLiteral("password"));
+    const Account account = findOpen(userName, phoneArea);
+    if (password.size() < minimumPasswordLength)
+        throw Denial(QStringLiteral("pwdTooShort")); // the code can still be used
+    m_codes.redeem(account, QStringLiteral("bpwd"), request.json());
+    m_store.setPassword(account.userId, hashPassword(password));
+    return okAnswer(QJsonObject());
 }
 
 // An unknown user costs the same work and gets the same word as a wrong password, so that nobody
@@ -72,12 +108,31 @@ std::optional<Account> AccountService::authenticate(const QString &name, const Q
     return matches ? account : std::nullopt;
 }
 
-QString AccountService::startSession(const Account &account, const QString &ip)
+// For who comes with a code. Codes are sent only to whom a solved captcha told that he is known, so
+// the words give nothing away that he could not ask.
+Account AccountService::findOpen(const QString &name, const QString &phoneArea) const
 {
-    QString token = newToken();
+    const std::optional<Account> account = m_store.find(name, phoneArea);
+    if (!account)
+        throw Denial(QStringLiteral("notExistErr"));
+    if (account->locked)
+        throw Denial(QStringLiteral("illegalErr"));
+    return *account;
+}
+
+Answer AccountService::startSession(const Account &account, const Request &request)
+{
+    const bool withPerms = request.queryFlag(QStringLiteral("withPerms"));
+    const bool withDentals = request.queryFlag(QStringLiteral("withDentals"));
+    const QString token = newToken();
     const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
-    m_store.addSession(hashToken(token), account.userId, now, ip);
-    return token;
+    m_store.addSession(hashToken(token), account.userId, now, request.remoteAddress);
+    QJsonObject record = accountRecord(*m_store.accountOfSession(hashToken(token)), token);
+    if (!withPerms)
+        record.remove(perms);
+    if (!withDentals)
+        record.remove(oems);
+    return okAnswer(record);
 }
 
 Answer AccountService::profile(const Request &request)
@@ -86,6 +141,6 @@ Answer AccountService::profile(const Request &request)
     const std::optional<Account> account = m_store.accountOfSession(hashToken(token));
     const QString userId = request.query.value(QStringLiteral("userID"));
     if (!account || userId != QString::number(account->userId))
-        return failAnswer(QStringLiteral("authErr"));
+        throw Denial(QStringLiteral("authErr"));
     return okAnswer(accountRecord(*account, token));
 }

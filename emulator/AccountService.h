@@ -1,27 +1,39 @@
 #pragma once
 
+#include "CaptchaService.h"
+#include "CodeService.h"
 #include "Message.h"
 #include "Store.h"
 
 /// The rules of the account service: who may sign in, and what a session may ask.
 ///
-/// Used from the store's thread. Each operation answers one API request: ok with the result, fail
-/// with a word the client library knows, or Refusal when the request breaks the protocol.
+/// Used from the store's thread. Each operation answers one API request: ok with the result, Denial
+/// with a word for the client, or Refusal when the request breaks the protocol.
 class AccountService
 {
 public:
-    explicit AccountService(Store &store);
+    AccountService(Store &store, CaptchaService &captchas, CodeService &codes);
 
     /// userLogin: {"username","password","phoneArea","loginType"}, query withPerms and withDentals.
     Answer logIn(const Request &request);
+    /// userCodeLogin: {"username","validCode","phoneArea","loginType","captcha","uuid"}, query as
+    /// above.
+    Answer logInByCode(const Request &request);
+    /// userExistCheck: {"captcha","username","uuid","phoneArea"}.
+    Answer checkExistence(const Request &request);
+    /// rbpwd: {"captcha","username","uuid","password","validCode","phoneArea"}; ends the sessions.
+    Answer resetPassword(const Request &request);
     /// getPassInfo: header X-Auth-Token, query userID.
     Answer profile(const Request &request);
 
 private:
     std::optional<Account> authenticate(const QString &name, const QString &phoneArea,
                                         const QString &password) const;
-    QString startSession(const Account &account, const QString &ip);
+    Account findOpen(const QString &name, const QString &phoneArea) const;
+    Answer startSession(const Account &account, const Request &request);
 
     Store &m_store;
+    CaptchaService &m_captchas;
+    CodeService &m_codes;
     QString m_nobodysHash; ///< checked in place of an unknown user's
 };

@@ -1,10 +1,12 @@
 #include "Emulator.h"
 
 #include "Loopback.h"
+#include "PrivacyPage.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QJsonArray>
 #include <QtCore/QStringList>
+#include <QtCore/QTextStream>
 #include <QtCore/QUrl>
 
 #include <algorithm>
@@ -53,12 +55,26 @@ const typename Routes::value_type &findRoute(const Routes &routes, const Request
                            .arg(request.path, methods.join(QStringLiteral(", ")), request.method));
 }
 
+void printLine(const QString &line)
+{
+    if (line.isEmpty())
+        return;
+    QTextStream out(stdout);
+    out.setCodec("UTF-8");
+    out << line << '\n';
+}
+
 } // namespace
 
 Emulator::Emulator(Store &store, const Seed &seed)
     : m_store(store)
     , m_seed(seed)
-    , m_accounts(store)
+    , m_settings(store.database())
+    , m_challenges(store.database())
+    , m_captchas(m_challenges)
+    , m_codes(store, m_challenges, m_captchas, m_settings)
+    , m_accounts(store, m_captchas, m_codes)
+    , m_countries(m_settings)
     , m_apiRoutes(apiRoutes())
     , m_developerRoutes(developerRoutes())
 {
@@ -79,30 +95,46 @@ std::vector<Emulator::Route> Emulator::apiRoutes()
         route("status", get, "/status", [this](auto &) { return status(); }),
         route("userLogin", post, "/user/login", [this](auto &r) { return m_accounts.logIn(r); }),
         route("getPassInfo", post, "/user/info", [this](auto &r) { return m_accounts.profile(r); }),
+        route("captcha", get, "/captcha/", [this](auto &r) { return m_captchas.draw(r); }),
+        route("userInfoValid", post, "/user/code", [this](auto &r) { return m_codes.send(r); }),
+        route("userCodeLogin", post, "/user/code-login",
+              [this](auto &r) { return m_accounts.logInByCode(r); }),
+        route("userExistCheck", post, "/user/exists",
+              [this](auto &r) { return m_accounts.checkExistence(r); }),
+        route("rbpwd", post, "/user/reset-password",
+              [this](auto &r) { return m_accounts.resetPassword(r); }),
+        route("fetchCountries", get, "/countries", [this](auto &) { return m_countries.list(); }),
+        route("ipCountry", get, "/ip-country", [this](auto &) { return m_countries.current(); }),
+        route("getOEMPrivacyColorInfoByType", get, "/privacy/",
+              [](auto &r) { return privacyPage(r); }),
     };
 }
 
 std::vector<Emulator::Route> Emulator::developerRoutes()
 {
-    const QString requests = QStringLiteral("/_dev/requests");
-    const QString faults = QStringLiteral("/_dev/faults");
-    const auto list = [this](auto &) { return okAnswer(m_log.toJson()); };
+    const auto route = [](const QString &method, const char *path, auto function) {
+        return Route{{}, method, QLatin1String("/_dev") + QLatin1String(path), std::move(function)};
+    };
     const auto forget = [this](auto &) {
         m_log.clear();
         return okAnswer({});
     };
-    const auto listFaults = [this](auto &) { return okAnswer(m_faults.toJson()); };
     const auto clearFaults = [this](auto &) {
         m_faults.clear();
         return okAnswer({});
     };
     return {
-        {{}, get, requests, list},
-        {{}, del, requests, forget},
-        {{}, get, faults, listFaults},
-        {{}, post, faults, [this](auto &r) { return addFault(r); }},
-        {{}, del, faults, clearFaults},
-        {{}, post, QStringLiteral("/_dev/reset"), [this](auto &) { return reset(); }},
+        route(get, "/requests", [this](auto &) { return okAnswer(m_log.toJson()); }),
+        route(del, "/requests", forget),
+        route(get, "/faults", [this](auto &) { return okAnswer(m_faults.toJson()); }),
+        route(post, "/faults", [this](auto &r) { return addFault(r); }),
+        route(del, "/faults", clearFaults),
+        route(get, "/captcha/", [this](auto &r) { return m_captchas.show(r); }),
+        route(get, "/inbox", [this](auto &r) { return m_codes.inbox(r); }),
+        route(get, "/settings", [this](auto &) { return okAnswer(m_settings.toJson()); }),
+        route(post, "/settings", [this](auto &r) { return changeSettings(r); }),
+        route(post, "/ip-country", [this](auto &r) { return m_countries.setCurrent(r); }),
+        route(post, "/reset", [this](auto &) { return reset(); }),
     };
 }
 
@@ -110,13 +142,26 @@ Answer Emulator::answer(const Request &request)
 {
     try {
         requireLocalCaller(request);
-        return request.path.startsWith(QLatin1String("/_dev/"))
-                   ? findRoute(m_developerRoutes, request).function(request)
-                   : answerApi(request);
+        Transaction transaction(m_store.database());
+        Answer answer = request.path.startsWith(QLatin1String("/_dev/"))
+                            ? findRoute(m_developerRoutes, request).function(request)
+                            : answerApi(request);
+        transaction.commit();
+        printLine(answer.consoleLine);
+        return answer;
     } catch (const Refusal &refusal) {
         return failAnswer(refusal.text(), refusal.code());
     } catch (const StoreError &error) {
         return failAnswer(QString::fromUtf8(error.what()), 500);
+    }
+}
+
+Answer Emulator::answerByRules(const Route &route, const Request &request)
+{
+    try {
+        return route.function(request);
+    } catch (const Denial &denial) {
+        return failAnswer(denial.word());
     }
 }
 
@@ -126,7 +171,7 @@ Answer Emulator::answerApi(const Request &request)
     const Route &route = findRoute(m_apiRoutes, request);
     entry.name = route.name;
     const std::optional<Fault> fault = m_faults.take(route.name);
-    Answer answer = fault && fault->answer ? *fault->answer : route.function(request);
+    Answer answer = fault && fault->answer ? *fault->answer : answerByRules(route, request);
     if (fault)
         answer.delivery = fault->delivery;
     return answer;
@@ -152,4 +197,10 @@ Answer Emulator::addFault(const Request &request)
 {
     m_faults.add(request.json());
     return okAnswer({});
+}
+
+Answer Emulator::changeSettings(const Request &request)
+{
+    m_settings.change(request.json());
+    return okAnswer(m_settings.toJson());
 }

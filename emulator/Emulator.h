@@ -1,10 +1,15 @@
 #pragma once
 
 #include "AccountService.h"
+#include "CaptchaService.h"
+#include "Challenges.h"
+#include "CodeService.h"
+#include "CountryService.h"
 #include "Faults.h"
 #include "Message.h"
 #include "RequestLog.h"
 #include "Seed.h"
+#include "Settings.h"
 #include "Store.h"
 
 #include <functional>
@@ -14,7 +19,7 @@
 /// under /_dev/ for the developer who watches and disturbs it.
 ///
 /// Used from the store's thread. Every request gets an answer, a bad one an HTTP code of 400 or
-/// above and a sentence.
+/// above and a sentence. What a request changes is one transaction, on the disk before the answer.
 class Emulator
 {
 public:
@@ -34,13 +39,20 @@ private:
     std::vector<Route> apiRoutes();
     std::vector<Route> developerRoutes();
     Answer answerApi(const Request &request);
+    static Answer answerByRules(const Route &route, const Request &request);
     Answer status() const;
     Answer reset();
     Answer addFault(const Request &request);
+    Answer changeSettings(const Request &request);
 
     Store &m_store;
     const Seed &m_seed;
+    Settings m_settings;
+    Challenges m_challenges;
+    CaptchaService m_captchas;
+    CodeService m_codes;
     AccountService m_accounts;
+    CountryService m_countries;
     Faults m_faults;
     RequestLog m_log;
     std::vector<Route> m_apiRoutes;

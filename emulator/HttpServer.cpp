@@ -222,7 +222,7 @@ void HttpServer::stop()
         if (std::exchange(m_stopping, true))
             return;
     }
-    m_stopRequested.notify_all();
+    m_changed.notify_all();
     m_server->stop();
     // Wakes the workers that wait for another request; what is being answered can still go out.
     forEachConnection(m_port,
@@ -232,7 +232,7 @@ void HttpServer::stop()
 void HttpServer::answer(const httplib::Request &raw, const QByteArray &body,
                         httplib::Response &response)
 {
-    deliver(handOver(decode(raw, body)), raw, response);
+    deliver(handOverPatiently(decode(raw, body)), raw, response);
 }
 
 // Not a blocking queued call: the queue under our own mutex shows the hand-over to the thread
@@ -249,6 +249,28 @@ Answer HttpServer::handOver(const Request &request)
     }
     QMetaObject::invokeMethod(this, "answerWaiting", Qt::QueuedConnection);
     return result.get();
+}
+
+// Only final answers count as news; else two who wait would wake each other for ever.
+Answer HttpServer::handOverPatiently(const Request &request)
+{
+    const auto start = std::chrono::steady_clock::now();
+    for (;;) {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        const quint64 seen = m_finalAnswers;
+        lock.unlock();
+        const Answer answer = handOver(request);
+        lock.lock();
+        if (answer.patience.count() == 0) {
+            ++m_finalAnswers;
+            m_changed.notify_all();
+            return answer;
+        }
+        const bool news = m_changed.wait_until(
+            lock, start + answer.patience, [&] { return m_stopping || m_finalAnswers != seen; });
+        if (!news || m_stopping)
+            return answer;
+    }
 }
 
 void HttpServer::answerWaiting()
@@ -298,5 +320,5 @@ void HttpServer::deliver(const Answer &answer, const httplib::Request &raw,
 bool HttpServer::pause(std::chrono::milliseconds duration)
 {
     std::unique_lock<std::mutex> lock(m_mutex);
-    return !m_stopRequested.wait_for(lock, duration, [this] { return m_stopping; });
+    return !m_changed.wait_for(lock, duration, [this] { return m_stopping; });
 }

@@ -23,9 +23,10 @@ struct Response;
 ///
 /// Requests are read and answers delivered on worker threads, so that a slow delivery holds up
 /// nobody else. The handler that makes the answers runs on the thread of this object, one request
-/// after the other, from its event loop. A handler that throws is answered with HTTP 500. To end
-/// well, stop() and wait for stopped(); the destructor ends a running service with what still waits
-/// for the handler unanswered.
+/// after the other, from its event loop. A handler that throws is answered with HTTP 500; one that
+/// answers with patience is asked again as Answer tells. To end well, stop() and wait for
+/// stopped(); the destructor ends a running service with what still waits for the handler
+/// unanswered.
 class HttpServer : public QObject
 {
     Q_OBJECT
@@ -51,6 +52,7 @@ private:
     void answer(const httplib::Request &raw, const QByteArray &body, httplib::Response &response);
     void deliver(const Answer &answer, const httplib::Request &raw, httplib::Response &response);
     Answer handOver(const Request &request);
+    Answer handOverPatiently(const Request &request);
     Q_INVOKABLE void answerWaiting();
     bool pause(std::chrono::milliseconds duration);
 
@@ -61,8 +63,9 @@ private:
     int m_port = 0;
 
     std::mutex m_mutex; ///< guards what follows
-    std::condition_variable m_stopRequested;
+    std::condition_variable m_changed;
     bool m_stopping = false;
-    bool m_closed = false; ///< no further request may wait for the handler
+    quint64 m_finalAnswers = 0; ///< how many have been made; wakes those who wait patiently
+    bool m_closed = false;      ///< no further request may wait for the handler
     std::deque<std::packaged_task<Answer()>> m_waiting;
 };

@@ -35,6 +35,22 @@ bool Request::queryFlag(const QString &key) const
     return value == QLatin1String("true");
 }
 
+int Request::queryNumber(const QString &key, int fallback, int minimum, int maximum) const
+{
+    const QString text = query.value(key);
+    if (text.isEmpty())
+        return fallback;
+    bool isNumber = false;
+    const int value = text.toInt(&isNumber);
+    if (!isNumber || value < minimum || value > maximum) {
+        throw Refusal(400, QStringLiteral("query value \"%1\" must be a whole number from %2 to %3")
+                               .arg(key)
+                               .arg(minimum)
+                               .arg(maximum));
+    }
+    return value;
+}
+
 QJsonObject Request::json() const
 {
     QJsonParseError error;

@@ -25,6 +25,9 @@ struct Request
     QStringList headerValues(const QString &name) const;
     /// A query value that must be "true" or "false"; a missing one is false. Throws Refusal.
     bool queryFlag(const QString &key) const;
+    /// A query value that must be a whole number from minimum to maximum; a missing or empty one is
+    /// the fallback. Throws Refusal.
+    int queryNumber(const QString &key, int fallback, int minimum, int maximum) const;
     /// The body, which must be a JSON object. Throws Refusal.
     QJsonObject json() const;
 };
@@ -52,6 +55,10 @@ struct Answer
     QByteArray body;
     QVector<QPair<QByteArray, QByteArray>> headers; ///< besides Content-Type and Content-Length
     Delivery delivery;
+    /// Not zero when a better answer may come: the request is answered anew after others have been,
+    /// until its answer is without patience or this time has passed since the first one.
+    std::chrono::milliseconds patience{0};
+    QString consoleLine; ///< for the developer, once the changes of the request are kept
 };
 
 /// A request that the emulator does not act on; travels as an exception to the place that answers.
@@ -67,6 +74,20 @@ public:
 private:
     int m_code;
     QString m_text;
+};
+
+/// A request that the account rules deny, with the word that tells the client why. It travels like
+/// a Refusal, but is an answer of its own: what has been changed on the way to it remains.
+class Denial : public std::exception
+{
+public:
+    explicit Denial(const QString &word) : m_word(word) {}
+
+    QString word() const { return m_word; }
+    const char *what() const noexcept override { return "request denied"; }
+
+private:
+    QString m_word;
 };
 
 /// {"status":"ok","result":result}

@@ -1,12 +1,12 @@
 #pragma once
 
+#include "Database.h"
+
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
-#include <QtSql/QSqlDatabase>
 
 #include <functional>
 #include <optional>
-#include <stdexcept>
 #include <vector>
 
 /// An account as it is kept. Times are ISO 8601 in UTC; an empty text means that there is none.
@@ -25,31 +25,20 @@ struct Account
     QString previousLoginIp;
 };
 
-/// The data file cannot be used; what() says in UTF-8 why.
-class StoreError : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
-
-/// Accounts and sessions in an SQLite file, the one place that knows SQL.
+/// What the emulator remembers: accounts and sessions here, and the data file for those who keep
+/// other things in it. With Challenges and Settings the one place that knows SQL.
 ///
-/// Used from the thread that constructed it. Every change is one transaction, which is on the disk
-/// when the operation returns: a process killed at any moment loses nothing it has acknowledged.
-/// The file is held exclusively while the object lives. Every operation throws StoreError when the
-/// file fails it.
+/// Used from the thread that constructed it. A change lasts when the transaction around it is
+/// committed. Every operation throws StoreError when the file fails it.
 class Store
 {
 public:
     using Accounts = std::vector<Account>;
 
-    /// Opens the file, or creates it with the accounts that firstAccounts gives; ":memory:" is
-    /// always new. A file that is not an intact data file of the emulator is refused and left as it
-    /// is.
+    /// Opens the file, or creates it with the accounts that firstAccounts gives; see Database.
     Store(const QString &path, const std::function<Accounts()> &firstAccounts);
-    ~Store();
-    Store(const Store &) = delete;
-    Store &operator=(const Store &) = delete;
+
+    const Database &database() const { return m_database; }
 
     /// Forgets everything and starts again with these accounts.
     void reset(const Accounts &accounts);
@@ -61,11 +50,9 @@ public:
 
     /// Adds a session and notes the login. What was the latest login becomes the previous one.
     void addSession(const QString &tokenHash, qint64 userId, const QString &at, const QString &ip);
+    /// Replaces the password and ends the sessions that the old one opened.
+    void setPassword(qint64 userId, const QString &passwordHash);
 
 private:
-    void create(const QString &path, const Accounts &accounts);
-    void open(const QString &path);
-    void close();
-
-    QSqlDatabase m_database;
+    Database m_database;
 };

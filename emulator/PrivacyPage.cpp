@@ -1,0 +1,25 @@
+#include "PrivacyPage.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QStringList>
+
+Answer privacyPage(const Request &request)
+{
+    QStringList segments = request.path.split(QLatin1Char('/')).mid(3); // after "/v1/privacy"
+    if (segments.size() < 4) {
+        throw Refusal(404, QStringLiteral("the path must be /v1/privacy/{oem}/{language}/{target}"
+                                          "/{type}"));
+    }
+    segments.removeLast();
+    const QString target = segments.takeLast();
+    const QString language = segments.takeLast();
+    const QString oem = segments.join(QLatin1Char('/'));
+    if (target != QLatin1String("privacy")) {
+        throw Refusal(
+            404, QStringLiteral("there is no text \"%1\", there is \"privacy\" alone").arg(target));
+    }
+    QFile file(language.contains(QLatin1String("zh-cn")) ? QStringLiteral(":/privacy-zh-cn.html")
+                                                         : QStringLiteral(":/privacy-en.html"));
+    file.open(QIODevice::ReadOnly);
+    return okAnswer(QString::fromUtf8(file.readAll()).arg(oem.toHtmlEscaped()));
+}
