@@ -97,6 +97,20 @@ PassportCommunityError PassportNubelo::requestNubelo(QVariant &result, QString u
     });
 }
 
+PassportCommunityError PassportNubelo::post(QVariant &result, const QString &name,
+                                            const QVariantMap &body, const QVariantMap &params,
+                                            const QVariantMap &headers)
+{
+    return requestNubelo(result, name, Nubelo::Manager::Post, Nubelo::Manager::NoEncrypt, body,
+                         params, headers, QStringLiteral("cloud"));
+}
+
+PassportCommunityError PassportNubelo::get(QVariant &result, const QString &name)
+{
+    return requestNubelo(result, name, Nubelo::Manager::Get, Nubelo::Manager::NoEncrypt,
+                         QVariantMap(), QVariantMap(), QVariantMap(), QStringLiteral("cloud"));
+}
+
 PassportCommunityError PassportNubelo::replyConnect(Nubelo::Reply *reply, QString name,
                                                     QVariant &result)
 {
