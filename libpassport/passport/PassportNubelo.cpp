@@ -5,6 +5,8 @@
 #include "passport/cloud/CloudError_p.h"
 #include "passport/cloud/ReplyWait_p.h"
 
+#include <QtCore/QPointer>
+
 #include <memory>
 
 namespace VelqorPassPort {
@@ -162,9 +164,14 @@ PassportCommunityError PassportNubelo::exchange(const QString &name, QVariant &r
         qCDebug(log_lp) << "request error" << keyName(status);
         return communityError(status);
     }
-    // Nothing of this object from here on: a slot that runs during the wait may destroy it.
+    const QPointer<PassportNubelo> self(this);
     wait->announce(m_manager);
-    return wait->wait(result);
+    // Nothing of this object from here on: a slot that runs during the wait may destroy it. Callers
+    // do go on with it, but only after a success.
+    const PassportCommunityError record = wait->wait(result);
+    if (!self && record.errorCode == CommunityErrorCode::NoError)
+        return communityError(static_cast<Nubelo::Error::ErrorCode>(0x700C));
+    return record;
 }
 
 } // namespace VelqorPassPort

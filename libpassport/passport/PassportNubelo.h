@@ -24,9 +24,9 @@ namespace VelqorPassPort {
 /// Lives on its host's thread, where it is called and destroyed; the request library's Manager and
 /// all replies live on a cloud thread that runs from construction to destruction. A call waits in a
 /// local event loop: the caller's events go on being delivered, and slots may call again, nested to
-/// any depth. When the application quits meanwhile the call returns EC_OperationCanceledError.
-/// Account state is unguarded: one thread at a time, and never the cloud thread. Every method can
-/// also be invoked by name through the meta-object.
+/// any depth. When the application quits meanwhile the call returns EC_OperationCanceledError, when
+/// a slot destroys this object EC_IsAborted. Account state is unguarded: one thread at a time, and
+/// never the cloud thread. Every method can also be invoked by name through the meta-object.
 class PASSPORT_EXPORT PassportNubelo : public QObject
 {
     Q_OBJECT

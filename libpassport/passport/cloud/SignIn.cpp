@@ -37,9 +37,11 @@ PassportCommunityError PassportNubelo::logIn(const QString &username, const QStr
         return record;
 
     keepAccount(result.toMap());
-    // The user is signed in, with or without the full profile: its record is not the sign-in's.
-    reqGetUserInfo(userInfo, QStringLiteral("product"));
-    return record;
+    // The user is signed in, with or without the full profile: its record is not the sign-in's,
+    // unless a slot that ran meanwhile destroyed this object.
+    const QPointer<PassportNubelo> self(this);
+    const PassportCommunityError profile = reqGetUserInfo(userInfo, QStringLiteral("product"));
+    return self ? record : profile;
 }
 
 PassportCommunityError PassportNubelo::reqCodeLogIn(const QString &username,
@@ -66,7 +68,7 @@ PassportCommunityError PassportNubelo::reqCodeLogIn(const QString &username,
     // Unlike a password's, a code's sign-in is reported as its profile query went.
     const QPointer<PassportNubelo> self(this);
     const PassportCommunityError profile = reqGetUserInfo(userInfo, QStringLiteral("product"));
-    if (self) // a slot that ran during the wait may have destroyed this object
+    if (self)
         userInfo = m_userInfo;
     return profile;
 }
