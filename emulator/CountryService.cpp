@@ -43,9 +43,10 @@ QString listText(const QJsonArray &list)
     return QString::fromUtf8(QJsonDocument(list).toJson(QJsonDocument::Compact));
 }
 
-QString languagesText(const QList<QLocale> &locales)
+// The country's first language first.
+QString languagesText(const QLocale &first, const QList<QLocale> &locales)
 {
-    QJsonArray tags;
+    QJsonArray tags = {first.bcp47Name()};
     for (const QLocale &locale : locales) {
         const QString tag = locale.bcp47Name();
         if (!tags.contains(tag))
@@ -81,14 +82,15 @@ const CountryService::Countries &CountryService::countries()
         if (known == codes.end())
             continue;
         const QString name = QLocale::countryToString(country);
-        const QString native = QLocale(QLocale::AnyLanguage, country).nativeCountryName();
+        const QLocale first(QLocale::AnyLanguage, country);
+        const QString native = first.nativeCountryName();
         m_countries.insert(
             code, QJsonObject{{idKey, known->id},
                               {nameKey, name},
                               {QStringLiteral("nativeName"), native.isEmpty() ? name : native},
                               {QStringLiteral("code"), code},
                               {QStringLiteral("phoneArea"), known->phoneArea},
-                              {QStringLiteral("languages"), languagesText(locales)},
+                              {QStringLiteral("languages"), languagesText(first, locales)},
                               {QStringLiteral("timezones"), timeZonesText(country)}});
     }
     return m_countries;

@@ -61,6 +61,8 @@ bool EmulatorProcess::start()
     m_process = std::make_unique<ChildProcess>();
     m_process->setProcessEnvironment(environment());
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    // Not a pipe, which would hold up the emulator when nobody reads it.
+    m_process->setStandardOutputFile(path(QStringLiteral("output")));
     m_process->start(program(), QStringList{QStringLiteral("--port"), QStringLiteral("0"),
                                             QStringLiteral("--ready-file"), readyFile} +
                                     m_options);
@@ -123,9 +125,10 @@ QString EmulatorProcess::path(const QString &fileName) const
     return m_directory.filePath(fileName);
 }
 
-QByteArray EmulatorProcess::output()
+QByteArray EmulatorProcess::output() const
 {
-    return m_process ? m_process->readAllStandardOutput() : QByteArray();
+    QFile file(path(QStringLiteral("output")));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QString EmulatorProcess::program()
@@ -151,6 +154,27 @@ QJsonValue EmulatorProcess::devDelete(const QString &path)
 bool EmulatorProcess::addFault(const QJsonObject &fault)
 {
     return !devPost(QStringLiteral("faults"), fault).isUndefined();
+}
+
+bool EmulatorProcess::setSettings(const QJsonObject &settings)
+{
+    return !devPost(QStringLiteral("settings"), settings).isUndefined();
+}
+
+QString EmulatorProcess::captchaAnswer(const QString &captchaId)
+{
+    const QJsonValue captcha = devGet(QStringLiteral("captcha/") + captchaId);
+    return captcha.toObject().value(QStringLiteral("answer")).toString();
+}
+
+QJsonArray EmulatorProcess::inbox(qint64 after, int waitMs)
+{
+    return devGet(QStringLiteral("inbox?after=%1&wait=%2").arg(after).arg(waitMs)).toArray();
+}
+
+QString EmulatorProcess::latestCode()
+{
+    return inbox().last().toObject().value(QStringLiteral("code")).toString();
 }
 
 QJsonValue EmulatorProcess::dev(const QByteArray &method, const QString &path,

@@ -14,8 +14,10 @@ class QTcpSocket;
 
 /// A passport-emulator in a child process on a free port, for end-to-end tests.
 ///
-/// Used from one thread, which needs no event loop; that thread must outlive the object. Everything
-/// waits with a deadline. The destructor ends the process, and so does the end of the test program.
+/// Used from one thread, which needs no event loop; that thread must outlive the object. Only the
+/// calls over HTTP may come from other threads, while the process is neither started nor ended.
+/// Everything waits with a deadline. The destructor ends the process, and so does the end of the
+/// test program.
 class EmulatorProcess
 {
 public:
@@ -41,7 +43,7 @@ public:
     QString baseUrl() const; ///< "http://127.0.0.1:port/v1"
     quint16 port() const;
     QString path(const QString &fileName) const; ///< in a directory of this object
-    QByteArray output();                         ///< of standard output, so far
+    QByteArray output() const;                   ///< of standard output since the last start
 
     /// One call of the developer's interface, with a path like "requests": its result, or undefined
     /// with a warning when it failed.
@@ -50,6 +52,11 @@ public:
     QJsonValue devDelete(const QString &path);
     QJsonArray requests() { return devGet(QStringLiteral("requests")).toArray(); }
     bool addFault(const QJsonObject &fault);
+    bool setSettings(const QJsonObject &settings);
+    QString captchaAnswer(const QString &captchaId); ///< empty, with a warning, if there is none
+    /// Codes sent after the one with this number, at once or as soon as there is one.
+    QJsonArray inbox(qint64 after = 0, int waitMs = 0);
+    QString latestCode(); ///< in the inbox; empty if there is none
 
     /// One request on a connection of its own. Headers are lines without their end.
     HttpReply http(const QByteArray &method, const QByteArray &target, const QByteArray &body = {},
