@@ -4,6 +4,7 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QUrl>
 
 using namespace VelqorPassPort;
 
@@ -71,34 +72,57 @@ QString Host::address()
     return address;
 }
 
-PassportCommunityError Host::requestStatus(QVariant &result)
+PassportNubelo &Host::client()
 {
-    QVariantMap data;
-    m_passport.configData(data);
     if (!m_client) {
+        QVariantMap data;
+        m_passport.configData(data);
         m_client = std::make_unique<PassportNubelo>();
         m_client->setConfigData(data);
     }
-    return m_client->requestNubelo(result, QStringLiteral("status"), Nubelo::Manager::Get,
-                                   Nubelo::Manager::NoEncrypt, QVariantMap(), QVariantMap(),
-                                   QVariantMap(), QStringLiteral("cloud"));
+    return *m_client;
+}
+
+PassportCommunityError Host::requestStatus(QVariant &result)
+{
+    return client().requestNubelo(result, QStringLiteral("status"), Nubelo::Manager::Get,
+                                  Nubelo::Manager::NoEncrypt, QVariantMap(), QVariantMap(),
+                                  QVariantMap(), QStringLiteral("cloud"));
+}
+
+QJsonValue Host::askEmulator(const QString &call, const QVariantMap &body)
+{
+    QVariant result;
+    const QString url = QUrl(address()).resolved(QUrl(QStringLiteral("/_dev/") + call)).toString();
+    client().requestNubelo(result, url, Nubelo::Manager::Get, body);
+    const QJsonObject answer = QJsonDocument::fromJson(result.toString().toUtf8()).object();
+    return answer.isEmpty() ? QJsonValue(QJsonValue::Undefined)
+                            : answer.value(QStringLiteral("result"));
+}
+
+std::optional<Exit> Host::prepare(bool needsPassportDir)
+{
+    const QString problem = initialize(needsPassportDir);
+    if (!problem.isEmpty())
+        return m_output.failure(Exit::Configuration, problem);
+    const PassportCommunityError record = configure();
+    if (failed(record))
+        return m_output.failure(QStringLiteral("configuration"), record);
+    return std::nullopt;
 }
 
 Exit Host::withAccount(const QString &user, const QString &phoneArea, bool remember,
                        const Authenticated &then)
 {
-    const QString problem = initialize(remember);
-    if (!problem.isEmpty())
-        return m_output.failure(Exit::Configuration, problem);
-    PassportCommunityError record = configure();
-    if (failed(record))
-        return m_output.failure(QStringLiteral("configuration"), record);
+    if (const auto end = prepare(remember))
+        return *end;
     const auto password = readSecret(QStringLiteral("Password for ") + user);
     if (!password)
         return m_output.failure(
             Exit::Usage, QStringLiteral("no password: type it, or give it on standard input"));
     QVariantMap profile;
-    record = m_passport.logIn(user, *password, phoneArea, profile, remember);
+    const PassportCommunityError record =
+        m_passport.logIn(user, *password, phoneArea, profile, remember);
     if (failed(record))
         return m_output.failure(QStringLiteral("sign-in"), record);
     return then(profile);

@@ -5,10 +5,12 @@
 #include <passport/Passport.h>
 #include <passport/PassportNubelo.h>
 
+#include <QtCore/QJsonValue>
 #include <QtCore/QString>
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 /// Where the account service and the passport directory are; empty texts are not set.
 struct HostOptions
@@ -31,6 +33,13 @@ public:
     Exit status();
     Exit config();
 
+    /// Initialises the passport directory, if one is given, and configures the cloud; on failure
+    /// says so and gives the program's end.
+    std::optional<Exit> prepare(bool needsPassportDir);
+
+    VelqorPassPort::Passport &passport() { return m_passport; }
+    const Output &output() const { return m_output; }
+
     /// Puts the options in force: the file, then the environment, then the address. Without any of
     /// them the environment "local", a passport-emulator on this machine.
     VelqorPassPort::PassportCommunityError configure();
@@ -41,14 +50,19 @@ public:
     /// The service's answer to "status", which the facade does not hand out.
     VelqorPassPort::PassportCommunityError requestStatus(QVariant &result);
 
+    /// The result of one of a passport-emulator's own calls, such as "inbox"; undefined when
+    /// nothing of that kind answers.
+    QJsonValue askEmulator(const QString &call);
+
 private:
     using Authenticated = std::function<Exit(const QVariantMap &)>;
     Exit withAccount(const QString &user, const QString &phoneArea, bool remember,
                      const Authenticated &then);
     QString initialize(bool needsPassportDir);
+    VelqorPassPort::PassportNubelo &client();
 
     HostOptions m_options;
     Output m_output;
     VelqorPassPort::Passport m_passport;
-    std::unique_ptr<VelqorPassPort::PassportNubelo> m_client; // of requestStatus() alone
+    std::unique_ptr<VelqorPassPort::PassportNubelo> m_client; // of what the facade does not offer
 };

@@ -43,6 +43,19 @@ const Explanation explanations[] = {
     {CommunityErrorCode::UnknownErr, Exit::Refused, "the service failed without saying why"},
 };
 
+// What the account service says in a word of its own.
+const QPair<QLatin1String, QLatin1String> serviceWords[] = {
+    {QLatin1String("pwdErr"), QLatin1String("user name or password is wrong")},
+    {QLatin1String("notExistErr"), QLatin1String("there is no such account")},
+    {QLatin1String("captchaErr"), QLatin1String("that is not the text in the picture")},
+    {QLatin1String("captchaExpired"), QLatin1String("the captcha is too old")},
+    {QLatin1String("codeErr"), QLatin1String("the verification code is wrong")},
+    {QLatin1String("codeExpired"), QLatin1String("the verification code is too old, or used")},
+    {QLatin1String("tooManyTries"), QLatin1String("too many wrong codes; have a new one sent")},
+    {QLatin1String("tooFrequent"), QLatin1String("a code was sent only a moment ago")},
+    {QLatin1String("pwdTooShort"), QLatin1String("the new password is too short")},
+};
+
 const Explanation *explanationOf(CommunityErrorCode::ErrorCode code)
 {
     const auto found = std::find_if(std::begin(explanations), std::end(explanations),
@@ -52,8 +65,10 @@ const Explanation *explanationOf(CommunityErrorCode::ErrorCode code)
 
 QString wordsOf(const PassportCommunityError &record)
 {
-    if (record.errorMessage == QLatin1String("pwdErr"))
-        return QStringLiteral("user name or password is wrong");
+    for (const auto &[word, words] : serviceWords) {
+        if (record.errorMessage == word)
+            return words;
+    }
     const QString meaning = meaningOf(record.errorCode);
     if (!meaning.isEmpty())
         return meaning;

@@ -1,16 +1,23 @@
+#include "CodeFlow.h"
 #include "Doctor.h"
 #include "Errors.h"
 #include "Host.h"
 #include "Output.h"
 #include "Protection.h"
+#include "Services.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLoggingCategory>
+#include <QtCore/QTimer>
 
 #include <CLI/CLI.hpp>
 
+#include <chrono>
+#include <cstdio>
 #include <functional>
 #include <string>
+
+#include <unistd.h>
 
 namespace {
 
@@ -22,6 +29,8 @@ struct Arguments
     bool remember = false;
     bool forget = false;
     bool strip = false;
+    bool fromEmulator = false;
+    bool wait = false;
     std::string config;
     std::string environment;
     std::string address;
@@ -31,6 +40,10 @@ struct Arguments
     std::string code;
     std::string input;
     std::string output;
+    std::string purpose = "login";
+    std::string language = "en-us";
+    std::string filter;
+    std::string oem = "velqor";
 };
 
 using Command = std::function<Exit(Host &, const Output &)>;
@@ -109,6 +122,82 @@ void declareCommands(CLI::App &app, Arguments &arguments, Command &chosen)
     });
 }
 
+void declareCodeFlows(CLI::App &app, Arguments &arguments, Command &chosen)
+{
+    const auto choose = [&](CLI::App *command, Exit (CodeFlow::*operation)()) {
+        command->add_flag("--from-emulator", arguments.fromEmulator,
+                          "Take captcha and code from a passport-emulator");
+        command->callback([&, operation] {
+            chosen = [&, operation](Host &host, const Output &) {
+                CodeFlow flow(host, {text(arguments.user), text(arguments.phoneArea),
+                                     text(arguments.purpose), text(arguments.output),
+                                     text(arguments.language), arguments.fromEmulator,
+                                     arguments.remember});
+                return (flow.*operation)();
+            };
+        });
+    };
+    const auto declare = [&](const char *name, const char *description) {
+        CLI::App *command = declareAccountCommand(app, arguments, name, description);
+        command->add_option("-o,--output", arguments.output, "File for the captcha's picture");
+        return command;
+    };
+    CLI::App *captcha = app.add_subcommand("captcha", "Fetch a captcha's picture");
+    captcha->add_option("-o,--output", arguments.output, "File for the picture")->required();
+    choose(captcha, &CodeFlow::captcha);
+    CLI::App *sendCode = declare("send-code", "Have a verification code sent");
+    choose(sendCode, &CodeFlow::sendCode);
+    CLI::App *signIn = declare("code-sign-in", "Sign in with a verification code");
+    signIn->add_flag("--remember", arguments.remember, "Write the name to the passport directory");
+    choose(signIn, &CodeFlow::codeSignIn);
+    CLI::App *exists = declare("exists", "Ask whether an account exists");
+    choose(exists, &CodeFlow::exists);
+    choose(declare("reset-password", "Set a new password with a verification code"),
+           &CodeFlow::resetPassword);
+    for (CLI::App *command : {captcha, sendCode, exists})
+        command->add_option("--purpose", arguments.purpose, "What captcha and code are for")
+            ->capture_default_str();
+}
+
+void declareServices(CLI::App &app, Arguments &arguments, Command &chosen)
+{
+    CLI::App *countries =
+        app.add_subcommand("countries", "List countries with their calling codes");
+    countries->add_option("filter", arguments.filter, "Part of a name, code or calling code");
+    countries->callback([&] {
+        chosen = [&](Host &host, const Output &) {
+            return listCountries(host, text(arguments.filter));
+        };
+    });
+    app.add_subcommand("country", "Show the country of this machine's address")->callback([&] {
+        chosen = [](Host &host, const Output &) { return showCountry(host); };
+    });
+    CLI::App *privacy = app.add_subcommand("privacy", "Print the privacy policy");
+    privacy->add_option("--language", arguments.language, "Such as en-us or zh-cn")
+        ->capture_default_str();
+    privacy->add_option("--oem", arguments.oem, "Whose policy")->capture_default_str();
+    privacy->callback([&] {
+        chosen = [&](Host &host, const Output &) {
+            return showPrivacy(host, text(arguments.language), text(arguments.oem),
+                               text(arguments.passportDir));
+        };
+    });
+    app.add_subcommand("net", "Ask whether network and service can be reached")->callback([&] {
+        chosen = [](Host &host, const Output &) { return showReachability(host); };
+    });
+    CLI::App *fault = app.add_subcommand("fault", "Have a passport-emulator spoil answers");
+    fault->add_option("fault", arguments.filter, "JSON, as the emulator's manual describes it")
+        ->required();
+    fault->callback([&] {
+        chosen = [&](Host &host, const Output &) { return addFault(host, text(arguments.filter)); };
+    });
+    CLI::App *inbox = app.add_subcommand("inbox", "Show the codes that a passport-emulator sent");
+    inbox->add_flag("--wait", arguments.wait, "Wait for the next one");
+    inbox->callback([&] {
+        chosen = [&](Host &host, const Output &) { return showInbox(host, arguments.wait); };
+    });
+}
+
 void declareProtection(CLI::App &app, Arguments &arguments, Command &chosen)
 {
     const auto declare = [&](const char *name, const char *description, auto operation) {
@@ -143,6 +232,8 @@ int main(int argc, char *argv[])
     CLI::App app("Account services from the command line", "passportctl");
     declareGlobal(app, arguments);
     declareCommands(app, arguments, chosen);
+    declareCodeFlows(app, arguments, chosen);
+    declareServices(app, arguments, chosen);
     declareProtection(app, arguments, chosen);
     try {
         app.parse(argc, argv);
@@ -154,6 +245,14 @@ int main(int argc, char *argv[])
     QLoggingCategory::setFilterRules(
         QStringLiteral("velqor.passport.lib=false\nnubelo=%1")
             .arg(arguments.verbose ? QStringLiteral("true") : QStringLiteral("false")));
+    // The library delivers events while it waits: whoever sits before a terminal sees that it does.
+    constexpr auto patience = std::chrono::seconds(2);
+    QTimer waiting;
+    QObject::connect(&waiting, &QTimer::timeout,
+                     [] { std::fputs("passportctl: still waiting\n", stderr); });
+    if (isatty(STDERR_FILENO) != 0)
+        waiting.start(patience);
+
     const Output output(arguments.json);
     Host host({text(arguments.config), text(arguments.environment), text(arguments.address),
                text(arguments.passportDir)},
