@@ -50,9 +50,9 @@ public:
     /// The service's answer to "status", which the facade does not hand out.
     VelqorPassPort::PassportCommunityError requestStatus(QVariant &result);
 
-    /// The result of one of a passport-emulator's own calls, such as "inbox"; undefined when
-    /// nothing of that kind answers.
-    QJsonValue askEmulator(const QString &call);
+    /// The result of one of a passport-emulator's own calls, such as "inbox", sent with `body` unless
+    /// that is empty; undefined when no emulator answers or it refuses.
+    QJsonValue askEmulator(const QString &call, const QVariantMap &body = {});
 
 private:
     using Authenticated = std::function<Exit(const QVariantMap &)>;
