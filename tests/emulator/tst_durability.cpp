@@ -4,7 +4,6 @@
 #include <QtCore/QUuid>
 #include <QtTest/QtTest>
 
-#include <algorithm>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
@@ -86,7 +85,7 @@ private:
     EmulatorProcess &m_emulator;
 };
 
-// Counts acknowledged changes, so that the kill comes after a given number of them.
+// Counts the acknowledged changes of one client, so that the kill comes after a given number.
 class Tally
 {
 public:
@@ -127,7 +126,7 @@ private:
     void sendCodes(Tally &tally);
 
     void checkUsedCodes();
-    void checkSignIns();
+    void checkSignIns(bool all);
     void checkPassword();
     void checkCodes();
 
@@ -135,10 +134,10 @@ private:
     EmulatorProcess m_emulator{{"--data", m_directory.filePath("accounts.db")}};
     const Client m_client{m_emulator};
 
-    QStringList m_tokens;                 ///< of Ada's sign-ins by password
-    QStringList m_tokensByCode;           ///< of Ada's sign-ins by code
-    std::vector<QJsonObject> m_usedCodes; ///< of this round, the last perhaps without a token
-    std::size_t m_signInsBefore = 0;      ///< tokens by code when the round began
+    QStringList m_tokens;             ///< of Ada's sign-ins before this round
+    QStringList m_newTokens;          ///< of those by password in this round
+    QStringList m_newTokensByCode;    ///< of those by code
+    QVector<QJsonObject> m_usedCodes; ///< for them, the last perhaps without a token
 
     QString m_password = "correct horse 4"; ///< Carol's
     QString m_passwordInFlight;
@@ -154,7 +153,7 @@ void DurabilityTest::signIn(Tally &tally)
         const QString token = Client::token(m_client.logIn(ada, "correct horse 1"));
         if (token.isEmpty())
             return;
-        m_tokens.append(token);
+        m_newTokens.append(token);
         tally.add();
     }
 }
@@ -169,7 +168,7 @@ void DurabilityTest::signInByCode(Tally &tally)
         const QString token = Client::token(m_client.post("code-login", code));
         if (token.isEmpty())
             return;
-        m_tokensByCode.append(token);
+        m_newTokensByCode.append(token);
         tally.add();
     }
 }
@@ -202,23 +201,24 @@ void DurabilityTest::sendCodes(Tally &tally)
     }
 }
 
-void DurabilityTest::checkSignIns()
+void DurabilityTest::checkSignIns(bool all)
 {
-    for (const QString &token : m_tokens + m_tokensByCode)
+    for (const QString &token : m_newTokens + m_newTokensByCode + (all ? m_tokens : QStringList()))
         QCOMPARE(m_client.sessionWord(token, "10001"), "ok");
+    m_tokens += m_newTokens + m_newTokensByCode;
+    m_newTokens.clear();
+    m_newTokensByCode.clear();
 }
 
 // Only the last of the codes may still be good, when its sign-in was not acknowledged.
 void DurabilityTest::checkUsedCodes()
 {
-    const std::size_t signIns = std::size_t(m_tokensByCode.size()) - m_signInsBefore;
-    for (std::size_t i = 0; i < m_usedCodes.size(); ++i) {
+    for (int i = 0; i < m_usedCodes.size(); ++i) {
         const QString word = Client::word(m_client.post("code-login", m_usedCodes.at(i)));
-        const bool good = word == "ok" && i >= signIns;
+        const bool good = word == "ok" && i >= m_newTokensByCode.size();
         QVERIFY2(good || word == "codeExpired" || word == "captchaErr", qPrintable(word));
     }
     m_usedCodes.clear();
-    m_signInsBefore = std::size_t(m_tokensByCode.size());
 }
 
 // A reset that was not acknowledged has happened or not; the session goes with the old password.
@@ -255,11 +255,12 @@ void DurabilityTest::keepsWhatItAcknowledged()
     QVERIFY(m_emulator.start());
     QVERIFY(m_emulator.setSettings({{"codeIntervalSeconds", 0}})); // is kept, or codes would fail
     for (int round = 0; round < rounds; ++round) {
-        Tally tally;
+        std::vector<Tally> tallies(works.size());
         std::vector<std::thread> threads;
-        for (const Work work : works)
-            threads.emplace_back(work, this, std::ref(tally));
-        const bool busy = tally.waitFor(1 + round % 7);
+        for (std::size_t i = 0; i < works.size(); ++i)
+            threads.emplace_back(works[i], this, std::ref(tallies[i]));
+        // Each in turn gets something done; at the kill all are in the middle of something.
+        const bool busy = tallies[std::size_t(round) % works.size()].waitFor(1 + round % 3);
         m_emulator.kill();
         for (std::thread &thread : threads)
             thread.join();
@@ -267,13 +268,11 @@ void DurabilityTest::keepsWhatItAcknowledged()
         QVERIFY(m_emulator.start());
         checkUsedCodes();
         checkPassword();
-        checkSignIns();
+        checkSignIns(round % 10 == 9);
         checkCodes();
         if (QTest::currentTestFailed())
             return;
     }
-    QVERIFY(!m_tokens.isEmpty() && !m_tokensByCode.isEmpty() && m_passwords > 0 &&
-            !m_codes.isEmpty());
     QVERIFY(m_emulator.stop());
 }
 
