@@ -1,6 +1,7 @@
 // The cost of one small POST on a kept-alive loopback connection, through the account client and
 // through a bare libcurl easy handle, both against the same server in the same run.
 
+#include "passport/Passport.h"
 #include "passport/PassportNubelo.h"
 
 #include <QtCore/QCoreApplication>
@@ -122,11 +123,20 @@ void requestNubelo(benchmark::State &state)
     }
 }
 
+void facade(benchmark::State &state)
+{
+    for (auto _ : state) {
+        VelqorPassPort::Passport passport;
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
 } // namespace
 
 // Real time: most of a request is spent waiting for the other side.
 BENCHMARK(requestNubelo)->Name("small POST/1/ours")->UseRealTime();
 BENCHMARK(bareEasyHandle)->Name("small POST/1/peer")->UseRealTime();
+BENCHMARK(facade)->Name("facade, constructed and destroyed/1/ours")->UseRealTime();
 
 int main(int argc, char **argv)
 {

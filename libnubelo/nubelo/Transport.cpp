@@ -6,27 +6,44 @@ namespace Nubelo {
 
 namespace {
 
-/// The notifiers of one socket. libcurl may give the socket up while a notifier is just reporting,
-/// so they are silenced at once and deleted later.
+/// The notifiers of one socket, made when they are needed: most requests never wait for room to
+/// write. libcurl may give the socket up while one is just reporting, so they are silenced at once
+/// and deleted later.
 class SocketWatch : public QObject
 {
 public:
-    SocketWatch(curl_socket_t socket, QObject *parent)
+    using Report = std::function<void(int events)>;
+
+    SocketWatch(curl_socket_t socket, QObject *parent, Report report)
         : QObject(parent)
-        , read(socket, QSocketNotifier::Read)
-        , write(socket, QSocketNotifier::Write)
+        , m_socket(socket)
+        , m_report(std::move(report))
     {
-        watch(CURL_POLL_NONE);
     }
 
     void watch(int what)
     {
-        read.setEnabled((what & CURL_POLL_IN) != 0);
-        write.setEnabled((what & CURL_POLL_OUT) != 0);
+        set(m_read, QSocketNotifier::Read, (what & CURL_POLL_IN) != 0, CURL_CSELECT_IN);
+        set(m_write, QSocketNotifier::Write, (what & CURL_POLL_OUT) != 0, CURL_CSELECT_OUT);
     }
 
-    QSocketNotifier read;
-    QSocketNotifier write;
+private:
+    void set(std::unique_ptr<QSocketNotifier> &notifier, QSocketNotifier::Type type, bool wanted,
+             int event)
+    {
+        if (notifier) {
+            notifier->setEnabled(wanted);
+        } else if (wanted) {
+            notifier = std::make_unique<QSocketNotifier>(m_socket, type);
+            connect(notifier.get(), &QSocketNotifier::activated, this,
+                    [this, event] { m_report(event); });
+        }
+    }
+
+    curl_socket_t m_socket;
+    Report m_report;
+    std::unique_ptr<QSocketNotifier> m_read;
+    std::unique_ptr<QSocketNotifier> m_write;
 };
 
 } // namespace
@@ -84,11 +101,8 @@ int Transport::onSocket(CURL *easy, curl_socket_t socket, int what, void *transp
         return 0;
     }
     if (!watched) {
-        watched = new SocketWatch(socket, self);
-        connect(&watched->read, &QSocketNotifier::activated, self,
-                [self, socket] { self->act(socket, CURL_CSELECT_IN); });
-        connect(&watched->write, &QSocketNotifier::activated, self,
-                [self, socket] { self->act(socket, CURL_CSELECT_OUT); });
+        watched = new SocketWatch(socket, self,
+                                  [self, socket](int events) { self->act(socket, events); });
         curl_multi_assign(self->m_multi.get(), socket, watched);
     }
     watched->watch(what);

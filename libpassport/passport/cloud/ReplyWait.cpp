@@ -42,7 +42,11 @@ void ReplyWait::attach(Nubelo::Reply *reply, QObject *manager)
 
 void ReplyWait::announce(QObject *manager)
 {
+    // Each side says what it did before it looks at what the other did: at least one of them sees
+    // both, and the cloud thread is woken only when something came early.
     m_announced = true;
+    if (!m_holding)
+        return;
     handOver();
     QMetaObject::invokeMethod(
         manager,
@@ -80,6 +84,7 @@ PassportCommunityError ReplyWait::wait(QVariant &result)
 void ReplyWait::handle(Handler handler)
 {
     m_held.push_back(std::move(handler));
+    m_holding = true;
     if (m_announced)
         handleHeld();
 }

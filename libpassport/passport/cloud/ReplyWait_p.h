@@ -54,6 +54,7 @@ private:
 
     const QString m_requestName;
     std::atomic<bool> m_announced{false};
+    std::atomic<bool> m_holding{false}; // an outcome has come
 
     // Of the cloud thread alone.
     std::deque<Handler> m_held;
