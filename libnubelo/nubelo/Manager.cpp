@@ -73,7 +73,10 @@ QByteArray methodOf(Manager::HttpRequestType type)
 
 } // namespace
 
-Manager::Manager(QObject *parent) : QObject(parent), d(std::make_unique<Private>(this)) {}
+Manager::Manager(QObject *parent) : QObject(parent), d(std::make_unique<Private>(this))
+{
+    Transport::prepareLibrary();
+}
 
 Manager::~Manager()
 {

@@ -2,8 +2,6 @@
 
 #include <QtCore/QSocketNotifier>
 
-#include <mutex>
-
 namespace Nubelo {
 
 namespace {
@@ -31,19 +29,18 @@ public:
     QSocketNotifier write;
 };
 
-CURLM *newMulti()
-{
-    static std::once_flag once;
-    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
-    return curl_multi_init();
-}
-
 } // namespace
+
+void Transport::prepareLibrary()
+{
+    static const CURLcode once = curl_global_init(CURL_GLOBAL_DEFAULT);
+    Q_UNUSED(once)
+}
 
 Transport::Transport(QObject *parent)
     : QObject(parent)
     , m_timer(this)
-    , m_multi(newMulti(), &curl_multi_cleanup)
+    , m_multi(curl_multi_init(), &curl_multi_cleanup)
 {
     curl_multi_setopt(m_multi.get(), CURLMOPT_SOCKETFUNCTION, &Transport::onSocket);
     curl_multi_setopt(m_multi.get(), CURLMOPT_SOCKETDATA, this);

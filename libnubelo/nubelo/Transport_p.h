@@ -29,6 +29,11 @@ class Transport : public QObject
 public:
     using Done = std::function<void(const HttpAnswer &)>;
 
+    /// Initialises libcurl once for the process. To be called on a thread that lives on: what the
+    /// TLS library keeps for the calling thread would otherwise be torn down with a short-lived
+    /// one, in a race with the end of the process.
+    static void prepareLibrary();
+
     explicit Transport(QObject *parent);
     ~Transport() override;
 

@@ -184,7 +184,8 @@ std::string AESEncryption::getPadding(int length, int blockSize) const
 {
     if (blockSize < 1)
         return {};
-    const int missing = (blockSize - length % blockSize) % blockSize;
+    const int rest = length % blockSize;
+    const int missing = rest > 0 ? blockSize - rest : -rest;
     const auto count = static_cast<std::size_t>(missing);
     switch (static_cast<int>(m_padding)) {
     case PKCS7: {

@@ -97,7 +97,7 @@ std::string AESEncryption::expandKey(const std::string &key) const
 {
     const auto keyLength = static_cast<std::size_t>(m_keyLength);
     const auto keyWords = static_cast<std::size_t>(m_keyWords);
-    const auto words = static_cast<std::size_t>(m_columns * (m_rounds + 1));
+    const auto words = static_cast<std::size_t>(m_expandedKeyLength / m_columns);
     if (key.size() < keyLength)
         throw std::out_of_range("AESEncryption: key too short");
     std::string expanded;

@@ -80,8 +80,7 @@ std::string EDData::global_serialize(const std::string &text) const
             const std::size_t length = std::min(PieceBytes, text.size() - at);
             encipher(kernel, reinterpret_cast<const Byte *>(text.data() + at), length,
                      piece.data());
-            kernel.base64Encode(piece.data(), paddedSize(length), out);
-            out += PieceCharacters;
+            kernel.base64Encode(piece.data(), paddedSize(length), out + encodedSize(at));
         }
         return size;
     });

@@ -20,7 +20,4 @@ std::string makeResult(std::size_t size, Writer writer)
     return makeResult(size, write, &writer);
 }
 
-/// Asks for memory that has not been touched yet in large pages, where the system has them.
-void adviseLargePages(char *memory, std::size_t size);
-
 } // namespace VelqorPassPort

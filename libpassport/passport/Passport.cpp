@@ -27,12 +27,16 @@ Passport::Passport(QObject *parent)
 Passport::~Passport()
 {
     qCInfo(log_lp) << "m_initialWorker deleteLater!";
-    // By the event loop, since the worker may be at work further up the stack. Should no loop run
-    // any more, it goes with the application object.
-    if (QCoreApplication *application = QCoreApplication::instance()) {
-        if (application->thread() == m_initialWorker->thread())
-            m_initialWorker->setParent(application);
+    // By the event loop, since the worker may be at work further up the stack; should no loop run
+    // any more, it goes with the application object. Once that is gone there is nothing left to
+    // wait for.
+    QCoreApplication *application = QCoreApplication::instance();
+    if (!application) {
+        delete m_initialWorker;
+        return;
     }
+    if (application->thread() == m_initialWorker->thread())
+        m_initialWorker->setParent(application);
     m_initialWorker->deleteLater();
 }
 

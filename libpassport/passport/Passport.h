@@ -7,6 +7,9 @@
 #include <QtCore/QMutex>
 #include <QtCore/QObject>
 #include <QtCore/QString>
+#include <QtCore/QUrl>
+#include <QtCore/QVariant>
+#include <QtCore/QVariantList>
 #include <QtCore/QVariantMap>
 
 #include <string>
@@ -67,6 +70,13 @@ public:
     PassportCommunityError logIn(const QString &username, const QString &password,
                                  const QString &phoneArea, QVariantMap &userInfo, bool isRemember);
 
+    /// Signs in with a verification code and fills `userInfo` with the profile. The record is the
+    /// profile query's: when only that failed the user is signed in all the same. With `isRemember`
+    /// config/account.json is rebuilt in the same way, with the name alone. `source` is not used.
+    PassportCommunityError reqCodeLogIn(const QString &username, const QString &phoneArea,
+                                        const QString &captcha, const QString &validCode,
+                                        QVariantMap &userInfo, QString source, bool isRemember);
+
     /// The remembered account, "name" and "password"; empty when there is none.
     QJsonObject getAccountInfo();
 
@@ -83,6 +93,93 @@ public:
     /// Reserved for software updates; succeeds and does nothing.
     PassportCommunityError reqSoftUp();
 
+    // Captchas, verification codes and what they open. reqCaptcha() comes first: what follows
+    // belongs to the last captcha.
+
+    /// A new picture captcha; `data` becomes {"data": the picture as text, "source": `source`} and
+    /// stays as it was on failure. Sizes, lifetime and number of characters are texts that the
+    /// service interprets. `uSource` is not used.
+    PassportCommunityError reqCaptcha(QVariant &data, QString width, QString height, QString expire,
+                                      QString length, QString source, QString uSource);
+
+    /// Has a verification code sent to the user's phone or mailbox, for the purpose `source`;
+    /// `data` receives what the service answers, also on failure. `uSource` is not used.
+    PassportCommunityError reqValidCode(QVariant &data, QString captcha, QString username,
+                                        QString phoneArea, QString lang, QString source,
+                                        QString uSource);
+
+    /// Asks whether an account exists; the record's code is the whole answer.
+    PassportCommunityError isUserExisted(const QString &source, const QString &captcha,
+                                         const QString &username, const QString &phoneArea);
+
+    /// Sets a new password. Nobody is signed in or out by it; `source` is not used.
+    PassportCommunityError reqResetPassword(QString username, QString phoneArea, QString captcha,
+                                            QString validCode, QString password, QString source);
+
+    // Countries: maps as the service sends them, "languages" and "timezones" as QJsonArray.
+
+    /// Fetches the countries. On failure `countries` receives the list fetched before and stays as
+    /// it was when there is none.
+    PassportCommunityError reqCountries(QVariantList &countries);
+
+    /// The name and the entry of the country that the caller's address belongs to; asks the service
+    /// only for what it has not told yet. Succeeds also when no country matches: `country` then is
+    /// the country's identifier if that was just fetched, and the rest stays as it was.
+    PassportCommunityError reqCurrentCountry(QString &country, QVariantMap &cCountryInfoMap);
+
+    // The service itself.
+
+    /// Fetches the text of the privacy policy into `privacy`, which stays as it was on failure, and
+    /// keeps it under privacypolicy/ in the passport directory: as the Chinese copy when `language`
+    /// contains "zh-cn", else as the English one. With `openBrowser` then shows that copy as
+    /// openURL() does, also one of an earlier call. `dir`, `reserved` and `source` are not used.
+    void reqGetPrivacy(QString &privacy, QString language, QString dir, bool openBrowser,
+                       QString oemurl, QString reserved, QString source);
+
+    /// Whether the address "hasnet" of "nubelo" in config/PassPortCfg.cfg answers.
+    bool hasNet();
+
+    /// Whether the account service answers.
+    bool hasVelqorNet();
+
+    // Web pages, shown by the web tool in the passport directory. Each blocks until the tool ends,
+    // without delivering the caller's events: call them from a thread that may be blocked.
+
+    /// Shows one page and hands `text` to the tool; emits webpageClosed() at the end, also when
+    /// there is no tool.
+    void openURL(QUrl url, QString text);
+
+    // Protected storage. Protected text is base64 (RFC 4648) of AES-128-ECB ciphertext (FIPS 197)
+    // under the library's key. Unprotected data ends in the 0 to 15 zero bytes that completed its
+    // last block; cut them off where they matter. All calls return whether there is a result and
+    // log a critical line when it is empty; text results stay as they were then. Callable from
+    // several threads: all but the last two take turns.
+
+    /// Protects a byte string. `result` is assigned in any case; false for an empty text.
+    bool serializeString(std::string text, std::string &result);
+    /// Unprotects into bytes. Text that was never protected gives bytes without meaning, and true.
+    bool deserializeString(std::string protectedText, std::string &result);
+    /// Protects the UTF-8 of a text.
+    bool serializeString(QString text, QString &result);
+    /// Protects the UTF-8 of an object's indented JSON; an empty object too.
+    bool serializeObj(QJsonObject object, QString &result);
+    /// Protects the UTF-8 of a text into a file. True means that the file could be opened.
+    bool serializeFile(QString text, QString filePath);
+    /// Protects the local 8-bit form of an object's indented JSON into a file.
+    bool serializeData(QJsonObject object, QString filePath);
+    /// Unprotects into a text, padding included as U+0000.
+    bool deserializeData(QString protectedText, QString &result);
+    /// Unprotects a file into a text, padding included, and prints it to standard output. False for
+    /// a missing and for an empty file.
+    bool deserializeFile(QString filePath, QString &result);
+    /// Never returns: it waits for a lock that it holds itself. Call deserializeFile() and
+    /// setFileContent() instead.
+    bool deserializeFileToFile(QString protectedFilePath, QString plainFilePath);
+    /// Replaces a file by the local 8-bit form of a text. True means that it could be opened.
+    bool setFileContent(QString filePath, QString content);
+    /// The object in a JSON information file; empty when there is none.
+    QJsonObject getFileContentObj(QString filePath);
+
 Q_SIGNALS:
     /// For hosts to connect to; nothing in the library emits it.
     void hubConnect();
@@ -98,6 +195,7 @@ Q_SIGNALS:
     void supplySuccess();
 
 private:
+    QString accountFilePath() const;
     void rebuildAccountFile(const QString &path);
 
     InitialWorker *m_initialWorker = nullptr;

@@ -5,6 +5,8 @@
 #include "passport/cloud/CloudError_p.h"
 #include "passport/cloud/ReplyWait_p.h"
 
+#include <QtCore/QPointer>
+
 #include <memory>
 
 namespace VelqorPassPort {
@@ -97,6 +99,20 @@ PassportCommunityError PassportNubelo::requestNubelo(QVariant &result, QString u
     });
 }
 
+PassportCommunityError PassportNubelo::post(QVariant &result, const QString &name,
+                                            const QVariantMap &body, const QVariantMap &params,
+                                            const QVariantMap &headers)
+{
+    return requestNubelo(result, name, Nubelo::Manager::Post, Nubelo::Manager::NoEncrypt, body,
+                         params, headers, QStringLiteral("cloud"));
+}
+
+PassportCommunityError PassportNubelo::get(QVariant &result, const QString &name)
+{
+    return requestNubelo(result, name, Nubelo::Manager::Get, Nubelo::Manager::NoEncrypt,
+                         QVariantMap(), QVariantMap(), QVariantMap(), QStringLiteral("cloud"));
+}
+
 PassportCommunityError PassportNubelo::replyConnect(Nubelo::Reply *reply, QString name,
                                                     QVariant &result)
 {
@@ -148,9 +164,14 @@ PassportCommunityError PassportNubelo::exchange(const QString &name, QVariant &r
         qCDebug(log_lp) << "request error" << keyName(status);
         return communityError(status);
     }
-    // Nothing of this object from here on: a slot that runs during the wait may destroy it.
+    const QPointer<PassportNubelo> self(this);
     wait->announce(m_manager);
-    return wait->wait(result);
+    // Nothing of this object from here on: a slot that runs during the wait may destroy it. Callers
+    // do go on with it, but only after a success.
+    const PassportCommunityError record = wait->wait(result);
+    if (!self && record.errorCode == CommunityErrorCode::NoError)
+        return communityError(static_cast<Nubelo::Error::ErrorCode>(0x700C));
+    return record;
 }
 
 } // namespace VelqorPassPort

@@ -11,6 +11,7 @@
 #include <QtCore/QString>
 #include <QtCore/QThread>
 #include <QtCore/QVariant>
+#include <QtCore/QVariantList>
 #include <QtCore/QVariantMap>
 
 #include <functional>
@@ -23,9 +24,9 @@ namespace VelqorPassPort {
 /// Lives on its host's thread, where it is called and destroyed; the request library's Manager and
 /// all replies live on a cloud thread that runs from construction to destruction. A call waits in a
 /// local event loop: the caller's events go on being delivered, and slots may call again, nested to
-/// any depth. When the application quits meanwhile the call returns EC_OperationCanceledError.
-/// Account state is unguarded: one thread at a time, and never the cloud thread. Every method can
-/// also be invoked by name through the meta-object.
+/// any depth. When the application quits meanwhile the call returns EC_OperationCanceledError, when
+/// a slot destroys this object EC_IsAborted. Account state is unguarded: one thread at a time, and
+/// never the cloud thread. Every method can also be invoked by name through the meta-object.
 class PASSPORT_EXPORT PassportNubelo : public QObject
 {
     Q_OBJECT
@@ -98,6 +99,14 @@ public:
     logIn(const QString &username, const QString &password, const QString &phoneArea,
           QVariantMap &userInfo, bool isRemember);
 
+    /// Signs in with a verification code ("userCodeLogin"), keeps token and profile, fetches the
+    /// full profile and sets `userInfo` to all of it. The record is the profile query's: when only
+    /// that failed the user is signed in all the same. When the sign-in failed nothing changes,
+    /// `userInfo` included. `source` is accepted and deliberately not sent.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    reqCodeLogIn(const QString &username, const QString &phoneArea, const QString &captcha,
+                 const QString &validCode, QVariantMap &userInfo, QString source = QString());
+
     /// Marks the stored profile as signed out ("status" false) without a request; keeps the token.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError logOut();
 
@@ -117,13 +126,85 @@ public:
     /// "prefix-identifier", by which the service links a captcha or code to its purpose.
     Q_INVOKABLE QString linkUuid(QString prefix, QString identifier);
 
+    // Captchas and codes. reqCaptcha() begins; what follows quotes its captcha's identifier, behind
+    // a prefix for the purpose. Before any captcha the identifier is empty.
+
+    /// A new picture captcha ("captcha"). Sizes, lifetime and number of characters are texts that
+    /// the service interprets. `data` becomes {"data": the picture as text, "source": `source`}; on
+    /// failure it stays as it was, but the captcha before has ended all the same. `uSource` is
+    /// accepted and deliberately not sent.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    reqCaptcha(QVariant &data, QString width = QString(), QString height = QString(),
+               QString expire = QString(), QString length = QString(), QString source = QString(),
+               QString uSource = QString());
+
+    /// Has a verification code sent to the user's phone or mailbox ("userInfoValid") for the
+    /// purpose `source`; `data` receives the answer's "result", also that of a failed answer.
+    /// `uSource` is accepted and deliberately not sent.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    reqValidCode(QVariant &data, QString captcha, QString username, QString phoneArea, QString lang,
+                 QString source = QString(), QString uSource = QString());
+
+    /// Asks whether an account exists ("userExistCheck"); the record's code is the whole answer.
+    /// `source` is the prefix alone and deliberately no field of the request.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError isUserExisted(const QString &source,
+                                                                     const QString &captcha,
+                                                                     const QString &username,
+                                                                     const QString &phoneArea);
+
+    /// Sets a new password, sent as it is ("rbpwd"), with a code for the purpose "bpwd". `source`
+    /// is accepted and deliberately not sent. Nobody is signed in or out by it.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    reqResetPassword(const QString &username, const QString &phoneArea, const QString &captcha,
+                     const QString &validCode, const QString &password, QString source = QString());
+
+    // Countries: maps as the service sends them, "languages" and "timezones" as QJsonArray (empty
+    // where the service's text is no JSON array). The list and the area are cached for good.
+
+    /// Fetches the countries ("fetchCountries"). On failure `countries` receives the cached list
+    /// and stays as it was when there is none.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError reqCountries(QVariantList &countries);
+
+    /// Fetches the identifier of the country that the caller's address belongs to ("ipCountry"). On
+    /// failure nothing changes.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError getCurrentPhoneArea(QString &phoneArea);
+
+    /// The name and the entry of the current country, out of the caches where they are filled; with
+    /// the mode "online" both are fetched anew. Succeeds also when no country matches: `country`
+    /// then is the identifier if that was just fetched, and the rest stays as it was.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    reqCurrentCountry(QString &country, QVariantMap &cCountryInfoMap, QString mode = QString());
+
+    // The service itself.
+
+    /// Fetches the text of the privacy policy ("getOEMPrivacyColorInfoByType"); on failure
+    /// `privacy` stays as it was. `source` is accepted and deliberately not used.
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError
+    reqGetPrivacy(QString &privacy, QString language = QString(), QString oemurl = QString(),
+                  QString source = QString(), QString target = QString());
+
+    /// Asks the service for a sign of life ("status").
+    Q_INVOKABLE VelqorPassPort::PassportCommunityError getNetByStatus();
+
 private:
+    // Requests of the source "cloud", unencrypted.
+    PassportCommunityError post(QVariant &result, const QString &name, const QVariantMap &body,
+                                const QVariantMap &params = QVariantMap(),
+                                const QVariantMap &headers = QVariantMap());
+    PassportCommunityError get(QVariant &result, const QString &name);
+
+    /// Makes the answer to a sign-in the stored profile and its token the session's.
+    void keepAccount(QVariantMap account);
+
     using Call = std::function<Nubelo::Reply *(Nubelo::Manager &)>;
     PassportCommunityError exchange(const QString &name, QVariant &result, const Call &call);
 
     Nubelo::Manager *m_manager = nullptr;
     QString m_token;
     QVariantMap m_userInfo;
+    QString m_captchaId; // a UUID without braces
+    QVariantList m_countries;
+    QString m_currentPhoneArea; // the identifier of a country
     QThread m_cloudThread;
 };
 

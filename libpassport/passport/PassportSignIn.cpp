@@ -21,12 +21,33 @@ PassportCommunityError Passport::logIn(const QString &username, const QString &p
     }
     qCDebug(log_lp) << "login success...";
     if (isRemember) {
-        const QString path = m_passportDir + QStringLiteral("/config/account.json");
+        const QString path = accountFilePath();
         rebuildAccountFile(path);
         g_setConfigInformation(QStringLiteral("name"), username, path);
         g_setConfigInformation(QStringLiteral("password"), password, path);
     }
     return record;
+}
+
+PassportCommunityError Passport::reqCodeLogIn(const QString &username, const QString &phoneArea,
+                                              const QString &captcha, const QString &validCode,
+                                              QVariantMap &userInfo, QString source,
+                                              bool isRemember)
+{
+    const PassportCommunityError record =
+        m_cloud->reqCodeLogIn(username, phoneArea, captcha, validCode, userInfo, source);
+    logOutcome(record, "reqCodeLogIn error...", "reqCodeLogIn success...");
+    if (record.errorCode == CommunityErrorCode::NoError && isRemember) {
+        const QString path = accountFilePath();
+        rebuildAccountFile(path);
+        g_setConfigInformation(QStringLiteral("name"), username, path);
+    }
+    return record;
+}
+
+QString Passport::accountFilePath() const
+{
+    return m_passportDir + QStringLiteral("/config/account.json");
 }
 
 void Passport::rebuildAccountFile(const QString &path)
@@ -44,7 +65,7 @@ void Passport::rebuildAccountFile(const QString &path)
 
 QJsonObject Passport::getAccountInfo()
 {
-    return g_getConfigInformation(m_passportDir + QStringLiteral("/config/account.json"));
+    return g_getConfigInformation(accountFilePath());
 }
 
 PassportCommunityError Passport::logOut()

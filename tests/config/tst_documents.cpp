@@ -190,19 +190,23 @@ void TestDocuments::managerFindsDocumentsSideBySide()
 
 void TestDocuments::managerLoadsPathAsGiven()
 {
-    const PassportDirectory dir;
-    dir.writeSystemCfg({{"a", 1}});
-    dir.writePassportCfg({{"a", 1}});
-    const QString relative =
-        QDir(QCoreApplication::applicationDirPath()).relativeFilePath(dir.filePath(systemFile));
+    m_dir.writeSystemCfg({{"a", 1}});
+    m_dir.writePassportCfg({{"a", 1}});
+    // Below the application and, with other content, below the working directory.
+    const QDir application(QCoreApplication::applicationDirPath());
+    const QTemporaryDir below(application.filePath("documents-XXXXXX"));
+    const QString relative = application.relativeFilePath(below.filePath("SystemCfg.cfg"));
+    QVERIFY(QFile::copy(m_dir.filePath(systemFile), below.filePath("SystemCfg.cfg")));
+    const QTemporaryDir working;
     const QString workingDirectory = QDir::currentPath();
-    QVERIFY(QDir::setCurrent(dir.path()));
+    QVERIFY(QDir::setCurrent(working.path()));
 
     ConfigMgr found;
     QVERIFY(found.fileExists(relative));
     QVERIFY(!found.init(relative));
+    QVERIFY(QDir::setCurrent(m_dir.path()));
     QVERIFY(found.init(systemFile));
-    QVERIFY(QDir::setCurrent(dir.filePath("config")));
+    QVERIFY(QDir::setCurrent(m_dir.filePath("config")));
     ConfigMgr besideIt;
     QVERIFY(besideIt.init("SystemCfg.cfg"));
     QVERIFY(QDir::setCurrent(workingDirectory));

@@ -244,16 +244,13 @@ void TestAes::roundTripOfEveryLength()
     const AESEncryption aes(AESEncryption::AES_256, AESEncryption::Mode(mode),
                             AESEncryption::PKCS7);
     const std::string key(32, 'k');
-    // Around the size at which results grow by a further piece, too.
-    for (const std::size_t start : {0, 8180}) {
-        for (std::size_t size = start; size < start + 270; size += start == 0 ? 1 : 9) {
-            std::string text(size, '\0');
-            for (std::size_t i = 0; i < size; ++i)
-                text[i] = char(i * i >> 3);
-            const std::string data = aes.encode(text, key, Vector);
-            QCOMPARE(data.size(), size / 16 * 16 + 16);
-            QCOMPARE(aes.removePadding(aes.decode(data, key, Vector)), text);
-        }
+    for (std::size_t size = 0; size < 300; ++size) {
+        std::string text(size, '\0');
+        for (std::size_t i = 0; i < size; ++i)
+            text[i] = char(i * i >> 3);
+        const std::string data = aes.encode(text, key, Vector);
+        QCOMPARE(data.size(), size / 16 * 16 + 16);
+        QCOMPARE(aes.removePadding(aes.decode(data, key, Vector)), text);
     }
 }
 
@@ -274,7 +271,7 @@ void TestAes::shortLastPiece()
 
 void TestAes::wrongVector()
 {
-    for (const std::size_t size : {0, 15, 17}) {
+    for (const std::size_t size : {0U, 15U, 17U}) {
         const std::string iv(size, 'v');
         for (const auto mode : {AESEncryption::CBC, AESEncryption::CFB, AESEncryption::OFB}) {
             const AESEncryption aes(AESEncryption::AES_128, mode, AESEncryption::PKCS7);

@@ -76,6 +76,7 @@ void TestEDData::firstUseFromSeveralThreads()
     std::atomic<bool> go{false};
     std::vector<std::string> results(8);
     std::vector<std::thread> threads;
+    threads.reserve(results.size());
     for (std::string &result : results)
         threads.emplace_back([&] {
             while (!go)

@@ -51,6 +51,11 @@ private:
         return ReplyOutcome::of(manager->setConfigData(data, {})).order;
     }
 
+    ReplyOutcome requestStatus()
+    {
+        return ReplyOutcome::of(manager->request("status", {{"source", "cloud"}}, {}));
+    }
+
     std::unique_ptr<Manager> manager;
 };
 
@@ -176,7 +181,7 @@ void tst_Nubelo::deliversTheAnswer()
 {
     RawServer server(RawServer::answering(good));
     configure(environment(server.url()));
-    const auto outcome = ReplyOutcome::of(manager->request("status", {{"source", "cloud"}}, {}));
+    const auto outcome = requestStatus();
     QCOMPARE(outcome.map.value("status").toString(), "ok");
     QCOMPARE(outcome.map.value("result").toMap().value("n").toLongLong(), 12345678901);
     QVERIFY(outcome.fromLaterTurn);
@@ -237,18 +242,17 @@ void tst_Nubelo::forgetsAReleasedReply()
     bool finished = false;
     connect(reply, &Nubelo::Reply::finished, this, [&] { finished = true; });
     connect(reply, &Nubelo::Reply::errorOccurred, this, [reply] { delete reply; });
-    QCOMPARE(ReplyOutcome::of(manager->request("status", {{"source", "cloud"}}, {})).order,
-             QStringList("finished"));
+    QCOMPARE(requestStatus().order, QStringList("finished"));
     QVERIFY(!finished);
 }
 
 void tst_Nubelo::mergesConfigurations()
 {
     QCOMPARE(manager->configData(), QVariantMap());
-    configure({{"timeouts", QVariantMap{{"connectMs", 1}}}, {"own", QVariantList{1}}});
-    configure({{"timeouts", QVariantMap{{"totalMs", 2}}}, {"own", "replaced"}});
+    configure({{"timeouts", QVariantMap{{"connectMs", 10001}}}, {"own", QVariantList{1}}});
+    configure({{"timeouts", QVariantMap{{"totalMs", 20002}}}, {"own", "replaced"}});
     QCOMPARE(manager->configData(),
-             (QVariantMap{{"timeouts", QVariantMap{{"connectMs", 1}, {"totalMs", 2}}},
+             (QVariantMap{{"timeouts", QVariantMap{{"connectMs", 10001}, {"totalMs", 20002}}},
                           {"own", "replaced"}}));
 
     // Another environment is another address, from the next request on.
@@ -256,14 +260,13 @@ void tst_Nubelo::mergesConfigurations()
     configure({{"environments", QVariantMap{{"a", QVariantMap{{"cloud", first.url()}}},
                                             {"b", QVariantMap{{"cloud", second.url()}}}}}});
     configure({{"cloudEnvironment", "a"}});
-    ReplyOutcome::of(manager->request("status", {{"source", "cloud"}}, {}));
+    QCOMPARE(requestStatus().code, Error::NoError);
     configure({{"cloudEnvironment", "b"}});
-    ReplyOutcome::of(manager->request("status", {{"source", "cloud"}}, {}));
+    QCOMPARE(requestStatus().code, Error::NoError);
     QCOMPARE(first.requests(), 1);
     QCOMPARE(second.requests(), 1);
     configure({{"cloudEnvironment", ""}});
-    QCOMPARE(ReplyOutcome::of(manager->request("status", {{"source", "cloud"}}, {})).code,
-             Error::ConfigDataError);
+    QCOMPARE(requestStatus().code, Error::ConfigDataError);
 }
 
 void tst_Nubelo::refusesAWrongConfigurationAsAWhole_data()

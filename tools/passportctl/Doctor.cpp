@@ -48,7 +48,7 @@ QString median(std::vector<double> milliseconds)
 }
 
 /// The first request pays for the connection; the rest show what a request costs afterwards.
-PassportCommunityError addTimes(Cloud &cloud, Output::Rows &rows)
+PassportCommunityError addTimes(Host &host, Output::Rows &rows)
 {
     constexpr int times = 6;
     std::vector<double> milliseconds;
@@ -56,7 +56,7 @@ PassportCommunityError addTimes(Cloud &cloud, Output::Rows &rows)
         QElapsedTimer clock;
         clock.start();
         QVariant result;
-        const PassportCommunityError record = cloud.requestStatus(result);
+        const PassportCommunityError record = host.requestStatus(result);
         if (record.errorCode != CommunityErrorCode::NoError)
             return record;
         milliseconds.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6);
@@ -74,7 +74,7 @@ PassportCommunityError addTimes(Cloud &cloud, Output::Rows &rows)
 
 } // namespace
 
-Exit examine(Cloud &cloud, const Output &output)
+Exit examine(Host &host, const Output &output)
 {
     Output::Rows rows{
         {QStringLiteral("libpassport"), QStringLiteral(PASSPORT_VERSION)},
@@ -86,10 +86,10 @@ Exit examine(Cloud &cloud, const Output &output)
     addRequestLibrary(rows);
     addProxies(rows);
 
-    PassportCommunityError record = cloud.configure();
+    PassportCommunityError record = host.configure();
     if (record.errorCode == CommunityErrorCode::NoError) {
-        rows.append({QStringLiteral("address"), cloud.address()});
-        record = addTimes(cloud, rows);
+        rows.append({QStringLiteral("address"), host.address()});
+        record = addTimes(host, rows);
     }
     QJsonObject data;
     for (const auto &row : rows)

@@ -18,6 +18,9 @@ struct Explanation
 };
 
 const Explanation explanations[] = {
+    {CommunityErrorCode::NoError, Exit::Success, "success"},
+    {CommunityErrorCode::AuthErr, Exit::Refused,
+     "the password is wrong, or the session is not, or no longer, accepted"},
     {CommunityErrorCode::NetErr, Exit::Unreachable, "the service did not answer in time"},
     {CommunityErrorCode::EC_ConnectionRefusedError, Exit::Unreachable,
      "nothing listens at the service's address"},
@@ -40,6 +43,19 @@ const Explanation explanations[] = {
     {CommunityErrorCode::UnknownErr, Exit::Refused, "the service failed without saying why"},
 };
 
+// What the account service says in a word of its own.
+const QPair<QLatin1String, QLatin1String> serviceWords[] = {
+    {QLatin1String("pwdErr"), QLatin1String("user name or password is wrong")},
+    {QLatin1String("notExistErr"), QLatin1String("there is no such account")},
+    {QLatin1String("captchaErr"), QLatin1String("that is not the text in the picture")},
+    {QLatin1String("captchaExpired"), QLatin1String("the captcha is too old")},
+    {QLatin1String("codeErr"), QLatin1String("the verification code is wrong")},
+    {QLatin1String("codeExpired"), QLatin1String("the verification code is too old, or used")},
+    {QLatin1String("tooManyTries"), QLatin1String("too many wrong codes; have a new one sent")},
+    {QLatin1String("tooFrequent"), QLatin1String("a code was sent only a moment ago")},
+    {QLatin1String("pwdTooShort"), QLatin1String("the new password is too short")},
+};
+
 const Explanation *explanationOf(CommunityErrorCode::ErrorCode code)
 {
     const auto found = std::find_if(std::begin(explanations), std::end(explanations),
@@ -49,12 +65,13 @@ const Explanation *explanationOf(CommunityErrorCode::ErrorCode code)
 
 QString wordsOf(const PassportCommunityError &record)
 {
-    if (record.errorCode == CommunityErrorCode::AuthErr)
-        return record.errorMessage == QLatin1String("pwdErr")
-                   ? QStringLiteral("user name or password is wrong")
-                   : QStringLiteral("the session is not, or no longer, accepted");
-    if (const Explanation *known = explanationOf(record.errorCode))
-        return QString::fromLatin1(known->words);
+    for (const auto &[word, words] : serviceWords) {
+        if (record.errorMessage == word)
+            return words;
+    }
+    const QString meaning = meaningOf(record.errorCode);
+    if (!meaning.isEmpty())
+        return meaning;
     return record.errorMessage.isEmpty() ? QStringLiteral("the service could not be used")
                                          : record.errorMessage;
 }
@@ -66,6 +83,12 @@ QString numberOf(const PassportCommunityError &record)
 }
 
 } // namespace
+
+QString meaningOf(CommunityErrorCode::ErrorCode code)
+{
+    const Explanation *known = explanationOf(code);
+    return known ? QString::fromLatin1(known->words) : QString();
+}
 
 Exit exitOf(const PassportCommunityError &record)
 {

@@ -20,6 +20,9 @@ enum class Exit {
 /// How a record ends the program.
 Exit exitOf(const VelqorPassPort::PassportCommunityError &record);
 
+/// What a code means to a user, in words; empty where its name is all there is to say.
+QString meaningOf(VelqorPassPort::CommunityErrorCode::ErrorCode code);
+
 /// Prints results for a person or, with `json`, one JSON object on one line for a program. Results
 /// go to standard output, a person's errors to standard error. Never prints a password or, unless
 /// it is asked for, a token.

@@ -56,3 +56,10 @@ std::optional<QString> readSecret(const QString &question)
     std::cerr << '\n';
     return secret;
 }
+
+std::optional<QString> readAnswer(const QString &question)
+{
+    if (isatty(STDIN_FILENO) != 0)
+        std::cerr << question.toStdString() << ": " << std::flush;
+    return readLine();
+}

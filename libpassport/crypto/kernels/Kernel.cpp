@@ -10,15 +10,14 @@ namespace {
 const Kernel &chosenKernel()
 {
     const char *wanted = std::getenv("PASSPORT_CRYPTO_KERNEL");
-    const Kernel *fastest = nullptr;
-    for (const auto candidate : {vaesKernel, aesniKernel, neonKernel, portableKernel}) {
+    const Kernel *fastest = portableKernel();
+    for (const auto candidate : {portableKernel, neonKernel, aesniKernel, vaesKernel}) {
         const Kernel *kernel = candidate();
         if (!kernel)
             continue;
         if (wanted && std::strcmp(kernel->name, wanted) == 0)
             return *kernel;
-        if (!fastest)
-            fastest = kernel;
+        fastest = kernel;
     }
     return *fastest;
 }

@@ -61,9 +61,7 @@ PassportCommunityError PassportNubelo::reqGetUserInfo(QVariantMap &map, QString 
     const QVariantMap params{
         {QStringLiteral("userID"), m_userInfo.value(QStringLiteral("userID")).toString()}};
     QVariant result;
-    record = requestNubelo(result, QStringLiteral("getPassInfo"), Nubelo::Manager::Post,
-                           Nubelo::Manager::NoEncrypt, QVariantMap(), params, headers,
-                           QStringLiteral("cloud"));
+    record = post(result, QStringLiteral("getPassInfo"), QVariantMap(), params, headers);
     if (record.errorCode == CommunityErrorCode::NoError) {
         setUserInfo(result.toMap());
         map = m_userInfo;

@@ -1,0 +1,6 @@
+#include "facade.h"
+
+void liveOnce(const QStringList &arguments)
+{
+    Facade(arguments).use();
+}

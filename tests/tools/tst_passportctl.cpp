@@ -1,0 +1,189 @@
+#include "support/EmulatorProcess.h"
+#include "support/PassportDirectory.h"
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QProcess>
+#include <QtTest/QtTest>
+
+namespace {
+
+struct Run
+{
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+    QJsonObject json() const { return QJsonDocument::fromJson(out).object(); }
+};
+
+Run passportctl(const QStringList &arguments, const QByteArray &input = {})
+{
+    QProcess process;
+    process.start(PASSPORTCTL, arguments);
+    process.write(input);
+    process.closeWriteChannel();
+    Run run;
+    if (process.waitForFinished(30000) && process.exitStatus() == QProcess::NormalExit)
+        run.exitCode = process.exitCode();
+    run.out = process.readAllStandardOutput();
+    run.err = process.readAllStandardError();
+    return run;
+}
+
+const QString user = "ada@example.com";
+const QByteArray password = "correct horse 1\n";
+
+} // namespace
+
+/// The command line as scripts see it: exit codes, JSON, and no secret where none was asked for.
+class tst_Passportctl : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(emulator.start()); }
+    void endsWithTheCodeScriptsCanUse_data();
+    void endsWithTheCodeScriptsCanUse();
+    void printsOneObjectForPrograms();
+    void keepsSecrets();
+    void remembersAndForgets();
+    void protectsAnyLength_data();
+    void protectsAnyLength();
+    void losesNothingOnBadInput();
+
+private:
+    QStringList here(const QStringList &arguments)
+    {
+        return QStringList{"--cloud", emulator.baseUrl()} + arguments;
+    }
+
+    EmulatorProcess emulator;
+    PassportDirectory dir;
+};
+
+void tst_Passportctl::endsWithTheCodeScriptsCanUse_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("input");
+    QTest::addColumn<int>("code");
+    dir.write("bad.json", "{");
+    const QStringList nowhere{"--cloud", "http://127.0.0.1:1"};
+    QTest::newRow("signed in") << here({"sign-in", user}) << password << 0;
+    QTest::newRow("wrong password") << here({"sign-in", user}) << QByteArray("x\n") << 1;
+    QTest::newRow("locked") << here({"sign-in", "locked@example.com"})
+                            << QByteArray("correct horse 2\n") << 1;
+    QTest::newRow("no password") << here({"sign-in", user}) << QByteArray() << 2;
+    QTest::newRow("no command") << QStringList() << QByteArray() << 2;
+    QTest::newRow("unknown option") << here({"status", "--nonsense"}) << QByteArray() << 2;
+    QTest::newRow("not a code") << QStringList{"errors", "x"} << QByteArray() << 2;
+    QTest::newRow("nothing listens") << nowhere + QStringList("status") << QByteArray() << 3;
+    QTest::newRow("doctor without a service")
+        << nowhere + QStringList("doctor") << QByteArray() << 3;
+    QTest::newRow("doctor") << here({"doctor"}) << QByteArray() << 0;
+    QTest::newRow("bad configuration")
+        << QStringList{"--config", dir.filePath("bad.json"), "status"} << QByteArray() << 4;
+    QTest::newRow("unknown environment")
+        << QStringList{"--environment", "nowhere", "status"} << QByteArray() << 4;
+    QTest::newRow("no passport directory")
+        << here({"sign-in", "--remember", user}) << password << 4;
+    QTest::newRow("not a passport directory")
+        << here({"--passport-dir", "/nowhere", "account"}) << QByteArray() << 4;
+}
+
+void tst_Passportctl::endsWithTheCodeScriptsCanUse()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, input);
+    QFETCH(int, code);
+    const Run run = passportctl(arguments, input);
+    QVERIFY2(run.exitCode == code, run.err);
+    QCOMPARE(run.err.isEmpty(), code == 0);
+    const Run json = passportctl(QStringList("--json") + arguments, input);
+    QCOMPARE(json.exitCode, code);
+    if (code != 2)
+        QCOMPARE(json.json().value("ok"), QJsonValue(code == 0));
+}
+
+void tst_Passportctl::printsOneObjectForPrograms()
+{
+    const Run profile = passportctl(here({"--json", "profile", user}), password);
+    QCOMPARE(profile.out.count('\n'), 1);
+    QCOMPARE(profile.json()["profile"].toObject()["nickName"].toString(), "Ada");
+    const QJsonObject error =
+        passportctl(here({"--json", "sign-in", user}), "x\n").json()["error"].toObject();
+    QCOMPARE(error["code"].toInt(), 0x5070003);
+    QCOMPARE(error["message"].toString(), "pwdErr");
+    QCOMPARE(passportctl({"--json", "errors", "0x05070011"}).json()["shortName"].toString(),
+             "NetErr");
+}
+
+void tst_Passportctl::keepsSecrets()
+{
+    QList<QStringList> commands{
+        {"sign-in", user}, {"profile", user}, {"-v", "sign-in", user}, {"--json", "profile", user}};
+    for (const QStringList &command : commands) {
+        const Run run = passportctl(here(command), password);
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(!run.out.contains("token") && !run.err.contains("token"));
+        QVERIFY(!run.out.contains("correct horse") && !run.err.contains("correct horse"));
+    }
+    const Run asked = passportctl(here({"--json", "sign-in", "--show-token", user}), password);
+    QVERIFY(!asked.json()["token"].toString().isEmpty());
+}
+
+void tst_Passportctl::remembersAndForgets()
+{
+    dir.writeSystemCfg({{"Default", QJsonObject()}});
+    dir.writePassportCfg({{"hub", QJsonObject()}});
+    const QStringList at{"--json", "--passport-dir", dir.path()};
+    QCOMPARE(passportctl(at + QStringList("account")).json()["remembered"], QJsonValue(false));
+    const Run signedIn =
+        passportctl(here(at + QStringList{"sign-in", "--remember", user}), password);
+    QCOMPARE(signedIn.json()["remembered"], QJsonValue(true));
+    const Run account = passportctl(at + QStringList("account"));
+    QCOMPARE(account.json()["name"].toString(), user);
+    QVERIFY(!account.out.contains("correct horse"));
+    QCOMPARE(passportctl(at + QStringList{"account", "--forget"}).json()["remembered"],
+             QJsonValue(false));
+    QVERIFY(!QFile::exists(dir.filePath("config/account.json")));
+}
+
+void tst_Passportctl::protectsAnyLength_data()
+{
+    QTest::addColumn<int>("size");
+    constexpr int piece = 48 * 128 * 1024;
+    for (const int size : {1, 15, 16, 17, 48, piece - 1, piece, piece + 1, 2 * piece})
+        QTest::addRow("%d bytes", size) << size;
+}
+
+void tst_Passportctl::protectsAnyLength()
+{
+    QFETCH(int, size);
+    QByteArray bytes(size, '\0');
+    for (int i = 0; i < size; ++i)
+        bytes[i] = static_cast<char>('a' + i % 25);
+    dir.write("plain", bytes);
+    // By name one way, by standard input and output the other.
+    QCOMPARE(
+        passportctl({"protect", dir.filePath("plain"), "-o", dir.filePath("protected")}).exitCode,
+        0);
+    const QByteArray text = dir.read("protected");
+    QVERIFY(passportctl({"protect"}, bytes).out == text + '\n');
+    QVERIFY(passportctl({"unprotect", "--strip"}, text + '\n').out == bytes);
+    const QByteArray whole = passportctl({"unprotect"}, text).out;
+    QVERIFY(whole == bytes + QByteArray((16 - size % 16) % 16, '\0'));
+}
+
+void tst_Passportctl::losesNothingOnBadInput()
+{
+    dir.write("target", "old content");
+    for (const QByteArray input :
+         {"no protected text", "AAAA", "AAAAAAAAAAAAAAAAAAAAAA==\nAAAAAAAAAAAAAAAAAAAAAA=="}) {
+        const Run run = passportctl({"unprotect", "-o", dir.filePath("target")}, input);
+        QCOMPARE(run.exitCode, 4);
+        QCOMPARE(dir.read("target"), QByteArray("old content"));
+    }
+    QCOMPARE(passportctl({"protect"}, "").exitCode, 2);
+}
+
+QTEST_GUILESS_MAIN(tst_Passportctl)
+#include "tst_passportctl.moc"
