@@ -10,7 +10,7 @@ constexpr qint64 hourMs = 60 * 60 * 1000;
 
 QString idAtEndOf(const QString &path)
 {
-    const QString id = path.section(QLatin1Char('/'), -1);
+    QString id = path.section(QLatin1Char('/'), -1);
     const bool alone = path.count(QLatin1Char('/')) == 3; // "/v1/captcha/id", "/_dev/captcha/id"
     if (!alone || !CaptchaLink::isCaptchaId(id)) {
         throw Refusal(400, QStringLiteral("the path must end in a captcha identifier, 36 characters"

@@ -259,7 +259,7 @@ Answer HttpServer::handOverPatiently(const Request &request)
         std::unique_lock<std::mutex> lock(m_mutex);
         const quint64 seen = m_finalAnswers;
         lock.unlock();
-        const Answer answer = handOver(request);
+        Answer answer = handOver(request);
         lock.lock();
         if (answer.patience.count() == 0) {
             ++m_finalAnswers;

@@ -16,8 +16,8 @@ constexpr int rounds = 50;
 
 using Reply = EmulatorProcess::HttpReply;
 
-const QString ada = "ada@example.com";
-const QString carol = "carol@example.com";
+const QString ada = QStringLiteral("ada@example.com");
+const QString carol = QStringLiteral("carol@example.com");
 
 // One client of the account API: what it sends, and what it may hold the emulator to.
 class Client
@@ -203,7 +203,8 @@ void DurabilityTest::sendCodes(Tally &tally)
 
 void DurabilityTest::checkSignIns(bool all)
 {
-    for (const QString &token : m_newTokens + m_newTokensByCode + (all ? m_tokens : QStringList()))
+    const QStringList tokens = m_newTokens + m_newTokensByCode + (all ? m_tokens : QStringList());
+    for (const QString &token : tokens)
         QCOMPARE(m_client.sessionWord(token, "10001"), "ok");
     m_tokens += m_newTokens + m_newTokensByCode;
     m_newTokens.clear();

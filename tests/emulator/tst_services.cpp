@@ -264,7 +264,8 @@ void ServicesTest::sendsCodes()
     QCOMPARE(message.value("username").toString(), userName);
     QCOMPARE(message.value("purpose").toString(), purpose);
     QCOMPARE(message.value("lang").toString(), "en");
-    QVERIFY(QRegularExpression("^[0-9]{6}$").match(message.value("code").toString()).hasMatch());
+    static const QRegularExpression sixDigits("^[0-9]{6}$");
+    QVERIFY(sixDigits.match(message.value("code").toString()).hasMatch());
     QVERIFY(QDateTime::fromString(message.value("time").toString(), Qt::ISODateWithMs).isValid());
 }
 
@@ -368,7 +369,7 @@ void ServicesTest::takesOnlyTheRightCode_data()
     QTest::addColumn<QJsonObject>("changes");
     QTest::addColumn<int>("lifetime");
     QTest::addColumn<QString>("expected");
-    for (const QString purpose : {"login", "bpwd"}) {
+    for (const QString &purpose : {QString("login"), QString("bpwd")}) {
         const auto row = [&](const char *name, const QJsonObject &changes, const char *expected,
                              int lifetime = 300) {
             QTest::addRow("%s: %s", qPrintable(purpose), name)
