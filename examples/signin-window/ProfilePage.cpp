@@ -1,0 +1,92 @@
+#include "ProfilePage.h"
+
+#include "Requests.h"
+#include "Words.h"
+
+#include <QtCore/QDateTime>
+#include <QtCore/QLocale>
+#include <QtWidgets/QFormLayout>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QVBoxLayout>
+
+using namespace VelqorPassPort;
+
+namespace {
+
+QString phoneText(const QVariantMap &profile)
+{
+    const QString phone = profile.value(QStringLiteral("phone")).toString();
+    const QString area = profile.value(QStringLiteral("phoneArea")).toString();
+    return phone.isEmpty() || area.isEmpty() ? phone
+                                             : QLatin1Char('+') + area + QLatin1Char(' ') + phone;
+}
+
+QString timeText(const QString &isoTime)
+{
+    const QDateTime time = QDateTime::fromString(isoTime, Qt::ISODateWithMs).toLocalTime();
+    return QLocale().toString(time, QLocale::ShortFormat);
+}
+
+} // namespace
+
+ProfilePage::ProfilePage(Requests &requests, QWidget *parent)
+    : QWidget(parent)
+    , m_requests(requests)
+    , m_title(new QLabel)
+    , m_rows(new QFormLayout)
+    , m_refresh(new QPushButton(tr("&Refresh")))
+{
+    auto *signOut = new QPushButton(tr("Sign &out"));
+    // Neither is the default: the second of two quick Enters must not sign out again.
+    m_refresh->setAutoDefault(false);
+    signOut->setAutoDefault(false);
+    m_title->setObjectName(QStringLiteral("title"));
+    m_title->setTextFormat(Qt::PlainText);
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_title);
+    layout->addLayout(m_rows);
+    layout->addStretch();
+    layout->addWidget(m_refresh);
+    layout->addWidget(signOut);
+
+    m_requests.addStarter(m_refresh);
+    m_requests.addStarter(signOut);
+    connect(m_refresh, &QPushButton::clicked, this, &ProfilePage::refresh);
+    connect(signOut, &QPushButton::clicked, this, [this] {
+        m_requests.passport().logOut();
+        Q_EMIT signedOut();
+    });
+}
+
+void ProfilePage::setProfile(const QVariantMap &profile)
+{
+    while (m_rows->rowCount() > 0)
+        m_rows->removeRow(0);
+    const auto text = [&](const char *key) { return profile.value(QLatin1String(key)).toString(); };
+    const QString name = text("nickName");
+    m_title->setText(name.isEmpty() ? tr("Welcome") : tr("Welcome, %1").arg(name));
+    const auto addRow = [this](const QString &label, const QString &value) {
+        if (value.isEmpty())
+            return;
+        auto *field = new QLabel(value);
+        field->setTextFormat(Qt::PlainText);
+        m_rows->addRow(label, field);
+    };
+    addRow(tr("E-mail:"), text("email"));
+    addRow(tr("Phone:"), phoneText(profile));
+    addRow(tr("Company:"), text("companyName"));
+    addRow(tr("Last sign-in:"), timeText(text("lastLogin")));
+    m_refresh->setFocus();
+}
+
+void ProfilePage::refresh()
+{
+    QVariantMap profile;
+    const PassportCommunityError outcome = m_requests.run(
+        [&] { return m_requests.passport().reqGetUserInfo(profile, QStringLiteral("product")); });
+    if (outcome.errorCode == CommunityErrorCode::NoError)
+        setProfile(profile);
+    m_requests.say(wordsFor(outcome));
+}
