@@ -13,8 +13,8 @@ std::string fromHex(const char *hex)
     return QByteArray::fromHex(hex).toStdString();
 }
 
-const std::string Key128(16, 'k');
-const std::string Vector(16, 'v');
+constexpr char Key128[] = "a 16-byte secret";
+constexpr char Vector[] = "initial 16 bytes";
 
 } // namespace
 

@@ -17,8 +17,8 @@ using VelqorPassPort::EDData;
 
 namespace {
 
-const std::string LibraryKey("\x0B\x05\x11\x02\x27\x0E\x19\x1C\x03\x0A\x26\x07\x13\x22\x06\x18",
-                             16);
+// No zero byte among them: a plain C string will do.
+constexpr char LibraryKey[] = "\x0B\x05\x11\x02\x27\x0E\x19\x1C\x03\x0A\x26\x07\x13\x22\x06\x18";
 
 std::string someBytes(std::size_t size)
 {
