@@ -66,7 +66,7 @@ public:
     QVariantMap configData() const;
 
 private:
-    struct Private;
+    struct Q_DECL_HIDDEN Private;
     std::unique_ptr<Private> d;
 };
 

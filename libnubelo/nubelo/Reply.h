@@ -51,7 +51,7 @@ private:
     void settle(Outcome outcome);
     void deliver();
 
-    struct Private;
+    struct Q_DECL_HIDDEN Private;
     std::unique_ptr<Private> d;
 };
 
