@@ -45,6 +45,7 @@ ProfilePage::ProfilePage(Requests &requests, QWidget *parent)
     m_title->setTextFormat(Qt::PlainText);
 
     auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_title);
     layout->addLayout(m_rows);
     layout->addStretch();

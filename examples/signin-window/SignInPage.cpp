@@ -62,6 +62,7 @@ void SignInPage::layOut()
     accountForm->addRow(tr("&Account:"), m_account);
     accountForm->addRow(tr("&Calling code:"), m_country);
     auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(accountForm);
     layout->addWidget(m_ways);
     layout->addWidget(m_remember);
