@@ -64,8 +64,6 @@ private Q_SLOTS:
     void cleanupTestCase();
     void init();
 
-    void signsInByPassword_data();
-    void signsInByPassword();
     void answersTheRecordAsAsked();
     void answersProfileToItsSessionOnly();
     void refusesBadRequests_data();
@@ -74,18 +72,14 @@ private Q_SLOTS:
     void refusesCallersFromElsewhere_data();
     void refusesCallersFromElsewhere();
 
-    void answersInPlaceOfTheRules_data();
-    void answersInPlaceOfTheRules();
     void breaksTheDelivery_data();
     void breaksTheDelivery();
     void oneSlowAnswerBlocksNobodyElse();
     void countsFaultsDown();
     void refusesUnknownFaults_data();
     void refusesUnknownFaults();
-    void recordsRequests();
     void resetsToTheSeed();
 
-    void losesNothingWhenKilled();
     void endsWithConnectionsOpen();
     void refusesToStart_data();
     void refusesToStart();
@@ -115,52 +109,6 @@ void EmulatorTest::init()
 void EmulatorTest::addFault(const char *fields)
 {
     QVERIFY(m_emulator.addFault(object(fields)));
-}
-
-void EmulatorTest::signsInByPassword_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("area");
-    QTest::addColumn<QString>("password");
-    QTest::addColumn<QString>("word"); // empty: signed in
-    const QString wrong = QStringLiteral("pwdErr");
-    const QString china = QStringLiteral("86");
-    const QString lockedName = QStringLiteral("locked@example.com");
-    QTest::newRow("user name") << ada << china << adasPassword << QString();
-    QTest::newRow("area of no matter") << ada << QString() << adasPassword << QString();
-    QTest::newRow("phone") << "13800000001" << china << adasPassword << QString();
-    QTest::newRow("phone, wrong area") << "13800000001"
-                                       << "49" << adasPassword << wrong;
-    QTest::newRow("e-mail") << "li.ming@example.com"
-                            << ""
-                            << "пароль-密码-ß 3" << QString();
-    QTest::newRow("not ASCII") << "李明"
-                               << "49"
-                               << "пароль-密码-ß 3" << QString();
-    QTest::newRow("wrong password") << ada << china << "correct horse 2" << wrong;
-    QTest::newRow("password in capitals") << ada << china << adasPassword.toUpper() << wrong;
-    QTest::newRow("unknown user") << "nobody" << china << adasPassword << wrong;
-    QTest::newRow("empty password") << ada << china << "" << wrong;
-    QTest::newRow("empty name") << "" << china << adasPassword << wrong;
-    QTest::newRow("quote in name") << "' OR 1=1 --" << china << adasPassword << wrong;
-    QTest::newRow("locked") << lockedName << china << "correct horse 2"
-                            << "illegalErr";
-    QTest::newRow("locked, wrong password") << lockedName << china << "x" << wrong;
-}
-
-void EmulatorTest::signsInByPassword()
-{
-    QFETCH(QString, name);
-    QFETCH(QString, area);
-    QFETCH(QString, password);
-    QFETCH(QString, word);
-    const Reply reply =
-        m_emulator.http("POST", "/v1/user/login", credentials(name, area, password));
-    QCOMPARE(reply.code, 200);
-    QCOMPARE(text(reply.json(), "status"),
-             word.isEmpty() ? QStringLiteral("ok") : QStringLiteral("fail"));
-    QCOMPARE(text(reply.json(), "result"), word);
-    QCOMPARE(text(record(reply), "token").size() >= 32, word.isEmpty());
 }
 
 void EmulatorTest::answersTheRecordAsAsked()
@@ -299,37 +247,6 @@ void EmulatorTest::refusesCallersFromElsewhere()
     QCOMPARE(m_emulator.http("GET", "/_dev/requests", {}, {header}).code, code);
 }
 
-void EmulatorTest::answersInPlaceOfTheRules_data()
-{
-    QTest::addColumn<QByteArray>("fault");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QByteArray>("body");
-    const auto row = [](const char *name, const char *fault, int code, const char *body) {
-        QTest::newRow(name) << QByteArray(fault) << code << QByteArray(body);
-    };
-    row("word", R"("kind":"word","word":"dbErr")", 200, R"({"result":"dbErr","status":"fail"})");
-    row("code", R"("kind":"httpStatus","code":503)", 503,
-        R"({"result":"HTTP 503, as asked for","status":"fail"})");
-    row("code with text", R"("kind":"httpStatus","code":418,"body":"tea")", 418, "tea");
-    row("code with nothing", R"("kind":"httpStatus","code":404,"body":"")", 404, "");
-    row("malformed", R"("kind":"malformed")", 200, R"({"status":"ok","result":)");
-    row("not an object", R"("kind":"notObject")", 200, R"(["ok"])");
-    row("redirect", R"("kind":"redirect","location":"http://example.com/x")", 302,
-        R"({"result":"the answer is elsewhere","status":"fail"})");
-}
-
-void EmulatorTest::answersInPlaceOfTheRules()
-{
-    QFETCH(QByteArray, fault);
-    QFETCH(int, code);
-    QFETCH(QByteArray, body);
-    addFault("{\"request\":\"status\"," + fault + "}");
-    const Reply reply = m_emulator.http("GET", "/v1/status");
-    QCOMPARE(reply.code, code);
-    QCOMPARE(reply.body, body);
-    QCOMPARE(reply.head.contains("Location: http://example.com/x"), code == 302);
-}
-
 void EmulatorTest::breaksTheDelivery_data()
 {
     QTest::addColumn<QByteArray>("fault");
@@ -426,33 +343,6 @@ void EmulatorTest::refusesUnknownFaults()
     QCOMPARE(m_emulator.devGet(QStringLiteral("faults")).toArray(), QJsonArray());
 }
 
-void EmulatorTest::recordsRequests()
-{
-    m_emulator.http("POST", "/v1/user/login?withPerms=true&q=%C3%9F", R"({"username":"ß"})",
-                    {"X-Auth-Token: t"});
-    m_emulator.http("PUT", "/v1/nothing", "plain");
-    const QJsonArray requests = m_emulator.requests();
-    QCOMPARE(requests.size(), 2);
-    const QJsonObject login = requests.at(0).toObject();
-    QCOMPARE(text(login, "name"), QStringLiteral("userLogin"));
-    QCOMPARE(text(login, "method"), QStringLiteral("POST"));
-    QCOMPARE(text(login, "path"), QStringLiteral("/v1/user/login"));
-    QCOMPARE(login.value(QStringLiteral("query")).toObject(),
-             object(R"({"withPerms":"true","q":"ß"})"));
-    QCOMPARE(login.value(QStringLiteral("headers")).toObject(),
-             object(R"({"Connection":"close","Content-Length":"17","X-Auth-Token":"t"})"));
-    QCOMPARE(login.value(QStringLiteral("body")).toObject(), object(R"({"username":"ß"})"));
-    QCOMPARE(text(requests.at(1).toObject(), "name"), QString());
-    QCOMPARE(text(requests.at(1).toObject(), "body"), QStringLiteral("plain"));
-
-    for (int i = 0; i < 1000; ++i)
-        m_emulator.http("GET", "/v1/" + QByteArray::number(i));
-    QCOMPARE(m_emulator.requests().size(), 1000);
-    QCOMPARE(text(m_emulator.requests().first().toObject(), "path"), QStringLiteral("/v1/0"));
-    m_emulator.devDelete(QStringLiteral("requests"));
-    QCOMPARE(m_emulator.requests().size(), 0);
-}
-
 void EmulatorTest::resetsToTheSeed()
 {
     const QJsonObject before = signIn(m_emulator);
@@ -464,51 +354,6 @@ void EmulatorTest::resetsToTheSeed()
     const QJsonObject after = signIn(m_emulator);
     QCOMPARE(text(after, "lastLogin"), QString());
     QCOMPARE(text(after, "user_id"), text(before, "user_id"));
-}
-
-// Kills the emulator while sign-ins pour in: whoever was answered must still be signed in.
-void EmulatorTest::losesNothingWhenKilled()
-{
-    QTemporaryDir directory;
-    const QString data = directory.filePath(QStringLiteral("accounts.db"));
-    EmulatorProcess emulator({QStringLiteral("--data"), data});
-    QVERIFY(emulator.start());
-    const QByteArray body = credentials(ada, {}, adasPassword);
-    const QByteArray request =
-        "POST /v1/user/login HTTP/1.1\r\nContent-Length: " + QByteArray::number(body.size()) +
-        "\r\n\r\n" + body;
-    for (int round = 1; round <= 3; ++round) {
-        std::vector<std::unique_ptr<QTcpSocket>> sockets(50);
-        for (auto &socket : sockets) {
-            socket = emulator.connectSocket();
-            socket->write(request);
-            QVERIFY(socket->waitForBytesWritten());
-        }
-        QVERIFY(sockets.at(static_cast<std::size_t>(10 * round))->waitForReadyRead());
-        emulator.kill();
-        QByteArray answers;
-        for (auto &socket : sockets) {
-            while (socket->waitForReadyRead()) {
-            }
-            answers += socket->readAll();
-        }
-        QVERIFY(emulator.start());
-
-        const QRegularExpression pattern(QStringLiteral("\"token\":\"([0-9a-f]+)\""));
-        auto tokens = pattern.globalMatch(QString::fromUtf8(answers));
-        int checked = 0;
-        for (; tokens.hasNext(); ++checked) {
-            const Reply reply =
-                profile(emulator, tokens.next().captured(1), QStringLiteral("10001"));
-            QCOMPARE(text(reply.json(), "status"), QStringLiteral("ok"));
-        }
-        QVERIFY(checked > 0);
-        QVERIFY(!text(signIn(emulator), "lastLogin").isEmpty());
-    }
-    emulator.kill();
-    QVERIFY(QFile::exists(data + QStringLiteral("-wal")) && QFile::remove(data));
-    QVERIFY(emulator.start());
-    QCOMPARE(text(signIn(emulator), "lastLogin"), QString()); // no log of the deleted file
 }
 
 // An idle connection is kept for longer than stop() waits, the delay is an hour.

@@ -54,13 +54,7 @@ private Q_SLOTS:
     void limitsCodes();
     void newCodeReplacesTheOld();
     void wakesWhoWaitsForACode();
-    void signsInByCode();
-    void resetsPassword();
-    void takesOnlyTheRightCode_data();
-    void takesOnlyTheRightCode();
-    void endsTriesOfACode();
     void listsCountries();
-    void tellsTheCurrentCountry();
     void servesPrivacyPages_data();
     void servesPrivacyPages();
     void printsCodesAlone();
@@ -325,101 +319,6 @@ void ServicesTest::wakesWhoWaitsForACode()
     QVERIFY(m_emulator.start());
 }
 
-void ServicesTest::signsInByCode()
-{
-    const QJsonObject fields = sentCode("login", "ada@example.com");
-    const Reply reply = m_emulator.http("POST", "/v1/user/code-login?withPerms=true", json(fields));
-    const QJsonObject record = reply.json().value("result").toObject();
-    QVERIFY(record.contains("perms") && !record.contains("oems"));
-    const QByteArray token = record.value("token").toString().toUtf8();
-    QCOMPARE(
-        word(m_emulator.http("POST", "/v1/user/info?userID=10001", {}, {"X-Auth-Token: " + token})),
-        "ok");
-    QCOMPARE(word(post("code-login", fields)), "codeExpired");
-}
-
-void ServicesTest::resetsPassword()
-{
-    const auto tokenOf = [](const Reply &reply) {
-        return reply.json().value("result").toObject().value("token").toString().toUtf8();
-    };
-    const auto session = [&](const QByteArray &token, const QByteArray &userId) {
-        return word(m_emulator.http("POST", "/v1/user/info?userID=" + userId, {},
-                                    {"X-Auth-Token: " + token}));
-    };
-    const QByteArray adas = tokenOf(logIn("ada@example.com", "correct horse 1"));
-    const QByteArray carols = tokenOf(logIn("carol@example.com", "correct horse 4"));
-    QJsonObject fields = sentCode("bpwd", "ada@example.com");
-    fields.insert("password", "пять5");
-    QCOMPARE(word(post("reset-password", fields)), "pwdTooShort");
-    fields.insert("password", "секрет");
-    QCOMPARE(word(post("reset-password", fields)), "ok");
-    fields.insert("password", "another one");
-    QCOMPARE(word(post("reset-password", fields)), "codeExpired");
-
-    QCOMPARE(word(logIn("ada@example.com", "correct horse 1")), "pwdErr");
-    QCOMPARE(word(logIn("ada@example.com", "секрет")), "ok");
-    QCOMPARE(session(adas, "10001"), "authErr");
-    QCOMPARE(session(carols, "10004"), "ok");
-}
-
-void ServicesTest::takesOnlyTheRightCode_data()
-{
-    QTest::addColumn<QString>("purpose");
-    QTest::addColumn<QJsonObject>("changes");
-    QTest::addColumn<int>("lifetime");
-    QTest::addColumn<QString>("expected");
-    for (const QString &purpose : {QString("login"), QString("bpwd")}) {
-        const auto row = [&](const char *name, const QJsonObject &changes, const char *expected,
-                             int lifetime = 300) {
-            QTest::addRow("%s: %s", qPrintable(purpose), name)
-                << purpose << changes << lifetime << QString(expected);
-        };
-        const QString other = "-00000000-0000-0000-0000-000000000000";
-        row("wrong code", {{"validCode", "x"}}, "codeErr");
-        row("no code", {{"validCode", ""}}, "codeErr");
-        row("expired", {}, "codeExpired", 0);
-        row("another captcha's text", {{"captcha", "?"}}, "captchaErr");
-        row("another captcha", {{"uuid", purpose + other}}, "captchaErr");
-        row("no captcha", {{"uuid", ""}}, "captchaErr");
-        row("unknown user", {{"username", "nobody"}}, "notExistErr");
-        row("locked user", {{"username", "locked@example.com"}}, "illegalErr");
-        row("user without a code", {{"username", "carol@example.com"}}, "codeErr");
-    }
-}
-
-void ServicesTest::takesOnlyTheRightCode()
-{
-    QFETCH(QString, purpose);
-    QFETCH(QJsonObject, changes);
-    QFETCH(int, lifetime);
-    QFETCH(QString, expected);
-    const QByteArray paths[] = {"code-login", "reset-password"};
-    const bool login = purpose == "login";
-    QVERIFY(m_emulator.setSettings({{"codeLifetimeSeconds", lifetime}}));
-    QJsonObject fields = sentCode(purpose, "ada@example.com");
-    fields.insert("password", "a new password");
-    QCOMPARE(word(post(paths[login ? 0 : 1], merged(fields, changes))), expected);
-    QCOMPARE(word(logIn("ada@example.com", "correct horse 1")), "ok");
-    if (lifetime > 0) { // a code of one purpose is none for another, and no failure has spent it
-        QCOMPARE(word(post(paths[login ? 1 : 0], fields)), "codeErr");
-        QCOMPARE(word(post(paths[login ? 0 : 1], fields)), "ok");
-    }
-}
-
-void ServicesTest::endsTriesOfACode()
-{
-    QVERIFY(m_emulator.setSettings({{"codeIntervalSeconds", 0}}));
-    const QJsonObject fields = sentCode("login", "ada@example.com");
-    const QJsonObject stranger = merged(fields, {{"captcha", "?"}, {"validCode", "x"}});
-    for (int i = 0; i < 10; ++i) // without the captcha nobody can use up the tries
-        QCOMPARE(word(post("code-login", stranger)), "captchaErr");
-    for (int i = 0; i < 5; ++i)
-        QCOMPARE(word(post("code-login", merged(fields, {{"validCode", "x"}}))), "codeErr");
-    QCOMPARE(word(post("code-login", fields)), "tooManyTries");
-    QCOMPARE(word(post("code-login", sentCode("login", "ada@example.com"))), "ok");
-}
-
 void ServicesTest::listsCountries()
 {
     const QJsonArray list =
@@ -450,28 +349,6 @@ void ServicesTest::listsCountries()
     if (QTimeZone::availableTimeZoneIds().size() > 1)
         QVERIFY(textList(germany.value("timezones")).contains("Europe/Berlin"));
     QCOMPARE(textList(byCode.value("BE").value("languages")).contains("fr-BE"), true);
-}
-
-void ServicesTest::tellsTheCurrentCountry()
-{
-    const auto current = [&] {
-        return m_emulator.http("GET", "/v1/ip-country").json().value("result").toString();
-    };
-    const QJsonArray list =
-        m_emulator.http("GET", "/v1/countries").json().value("result").toArray();
-    const auto idOf = [&](const QString &code) {
-        for (const QJsonValue &country : list) {
-            if (country.toObject().value("code") == code)
-                return country.toObject().value("id").toString();
-        }
-        return QString("none");
-    };
-    QCOMPARE(current(), idOf("CN"));
-    m_emulator.devPost("ip-country", {{"code", "DE"}});
-    QCOMPARE(current(), idOf("DE"));
-    for (const char *code : {"", "XX", "de", "Germany"})
-        QCOMPARE(m_emulator.http("POST", "/_dev/ip-country", json({{"code", code}})).code, 400);
-    QCOMPARE(current(), idOf("DE"));
 }
 
 void ServicesTest::servesPrivacyPages_data()
