@@ -46,8 +46,12 @@ PassportNubelo::PassportNubelo(QObject *parent)
 
 PassportNubelo::~PassportNubelo()
 {
+    const QPointer<Nubelo::Manager> manager(m_manager);
     m_cloudThread.quit();
     m_cloudThread.wait();
+    // Normally gone with its thread; once the application object is destroyed, Qt delivers no
+    // deferred deletion any more.
+    delete manager.data();
 }
 
 PassportCommunityError PassportNubelo::requestNubelo(QVariant &result, QString name,
