@@ -12,7 +12,7 @@ bool Passport::hasNet()
         g_getConfigInformation(m_passportDir + QStringLiteral("/config/PassPortCfg.cfg"));
     const QJsonObject cloud = configuration.value(QLatin1String("nubelo")).toObject();
     QVariant ignored;
-    const PassportCommunityError record =
+    PassportCommunityError record =
         m_cloud->requestNubelo(ignored, cloud.value(QLatin1String("hasnet")).toString(),
                                Nubelo::Manager::Get, QVariantMap(), QVariantMap(), QVariantMap());
     if (record.errorCode != CommunityErrorCode::NoError) {
@@ -24,7 +24,7 @@ bool Passport::hasNet()
 
 bool Passport::hasVelqorNet()
 {
-    const PassportCommunityError record = m_cloud->getNetByStatus();
+    PassportCommunityError record = m_cloud->getNetByStatus();
     if (record.errorCode != CommunityErrorCode::NoError) {
         logFailure("hasVelqorNet error...", record);
         return false;

@@ -172,7 +172,7 @@ PassportCommunityError PassportNubelo::exchange(const QString &name, QVariant &r
     wait->announce(m_manager);
     // Nothing of this object from here on: a slot that runs during the wait may destroy it. Callers
     // do go on with it, but only after a success.
-    const PassportCommunityError record = wait->wait(result);
+    PassportCommunityError record = wait->wait(result);
     if (!self && record.errorCode == CommunityErrorCode::NoError)
         return communityError(static_cast<Nubelo::Error::ErrorCode>(0x700C));
     return record;

@@ -53,7 +53,7 @@ void Passport::reqGetPrivacy(QString &privacy, QString language, QString dir, bo
     const QString directory = m_passportDir;
     const QString copy = localCopy(directory, language);
     const QPointer<Passport> self(this);
-    const PassportCommunityError record =
+    PassportCommunityError record =
         m_cloud->reqGetPrivacy(privacy, language, oemurl, source, QStringLiteral("privacy"));
     if (record.errorCode != CommunityErrorCode::NoError) {
         logFailure("reqGetPrivacy error...", record);

@@ -7,15 +7,14 @@ namespace VelqorPassPort {
 
 PassportCommunityError Passport::reqCountries(QVariantList &countries)
 {
-    const PassportCommunityError record = m_cloud->reqCountries(countries);
+    PassportCommunityError record = m_cloud->reqCountries(countries);
     logOutcome(record, "reqCountries error...", "reqCountries success...");
     return record;
 }
 
 PassportCommunityError Passport::reqCurrentCountry(QString &country, QVariantMap &cCountryInfoMap)
 {
-    const PassportCommunityError record =
-        m_cloud->reqCurrentCountry(country, cCountryInfoMap, QString());
+    PassportCommunityError record = m_cloud->reqCurrentCountry(country, cCountryInfoMap, QString());
     if (record.errorCode != CommunityErrorCode::NoError)
         logFailure("reqCurrentCountry error...", record);
     else
@@ -27,7 +26,7 @@ PassportCommunityError Passport::reqCaptcha(QVariant &data, QString width, QStri
                                             QString expire, QString length, QString source,
                                             QString uSource)
 {
-    const PassportCommunityError record =
+    PassportCommunityError record =
         m_cloud->reqCaptcha(data, width, height, expire, length, source, uSource);
     logOutcome(record, "reqCaptcha error...", "reqCaptcha success...");
     return record;
@@ -37,7 +36,7 @@ PassportCommunityError Passport::reqValidCode(QVariant &data, QString captcha, Q
                                               QString phoneArea, QString lang, QString source,
                                               QString uSource)
 {
-    const PassportCommunityError record =
+    PassportCommunityError record =
         m_cloud->reqValidCode(data, captcha, username, phoneArea, lang, source, uSource);
     logOutcome(record, "reqValidCode error...", "reqValidCode success...");
     return record;
@@ -46,8 +45,7 @@ PassportCommunityError Passport::reqValidCode(QVariant &data, QString captcha, Q
 PassportCommunityError Passport::isUserExisted(const QString &source, const QString &captcha,
                                                const QString &username, const QString &phoneArea)
 {
-    const PassportCommunityError record =
-        m_cloud->isUserExisted(source, captcha, username, phoneArea);
+    PassportCommunityError record = m_cloud->isUserExisted(source, captcha, username, phoneArea);
     logOutcome(record, "isUserExisted error...", "isUserExisted success...");
     return record;
 }
@@ -56,7 +54,7 @@ PassportCommunityError Passport::reqResetPassword(QString username, QString phon
                                                   QString captcha, QString validCode,
                                                   QString password, QString source)
 {
-    const PassportCommunityError record =
+    PassportCommunityError record =
         m_cloud->reqResetPassword(username, phoneArea, captcha, validCode, password, source);
     logOutcome(record, "reqResetPassword error...", "reqResetPassword success...");
     return record;

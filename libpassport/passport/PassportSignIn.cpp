@@ -13,7 +13,7 @@ PassportCommunityError Passport::logIn(const QString &username, const QString &p
                                        const QString &phoneArea, QVariantMap &userInfo,
                                        bool isRemember)
 {
-    const PassportCommunityError record =
+    PassportCommunityError record =
         m_cloud->logIn(username, password, phoneArea, userInfo, isRemember);
     if (record.errorCode != CommunityErrorCode::NoError) {
         logFailure("login error...", record);
@@ -34,7 +34,7 @@ PassportCommunityError Passport::reqCodeLogIn(const QString &username, const QSt
                                               QVariantMap &userInfo, QString source,
                                               bool isRemember)
 {
-    const PassportCommunityError record =
+    PassportCommunityError record =
         m_cloud->reqCodeLogIn(username, phoneArea, captcha, validCode, userInfo, source);
     logOutcome(record, "reqCodeLogIn error...", "reqCodeLogIn success...");
     if (record.errorCode == CommunityErrorCode::NoError && isRemember) {
@@ -70,14 +70,14 @@ QJsonObject Passport::getAccountInfo()
 
 PassportCommunityError Passport::logOut()
 {
-    const PassportCommunityError record = m_cloud->logOut();
+    PassportCommunityError record = m_cloud->logOut();
     logOutcome(record, "logOut error...", "logOut success...");
     return record;
 }
 
 PassportCommunityError Passport::reqGetUserInfo(QVariantMap &map, QString sourceStr)
 {
-    const PassportCommunityError record = m_cloud->reqGetUserInfo(map, sourceStr);
+    PassportCommunityError record = m_cloud->reqGetUserInfo(map, sourceStr);
     if (record.errorCode != CommunityErrorCode::NoError)
         logFailure("reqGetUserInfo error...", record);
     else

@@ -17,7 +17,7 @@ PassportCommunityError PassportNubelo::reqCaptcha(QVariant &data, QString width,
     // Before the request: also a captcha that never arrived ends the one before it.
     m_captchaId = QUuid::createUuid().toString(QUuid::WithoutBraces);
     QVariant picture;
-    const PassportCommunityError record = requestNubelo(
+    PassportCommunityError record = requestNubelo(
         picture, QStringLiteral("captcha"), QLatin1Char('/') + m_captchaId, Nubelo::Manager::Get,
         Nubelo::Manager::NoEncrypt, QVariantMap(), params, QVariantMap(), QStringLiteral("cloud"));
     if (record.errorCode == CommunityErrorCode::NoError) {

@@ -26,7 +26,7 @@ PassportCommunityError PassportNubelo::reqCountries(QVariantList &countries)
         countries = m_countries;
 
     QVariant result;
-    const PassportCommunityError record = get(result, QStringLiteral("fetchCountries"));
+    PassportCommunityError record = get(result, QStringLiteral("fetchCountries"));
     if (record.errorCode != CommunityErrorCode::NoError)
         return record;
 
@@ -47,7 +47,7 @@ PassportCommunityError PassportNubelo::reqCountries(QVariantList &countries)
 PassportCommunityError PassportNubelo::getCurrentPhoneArea(QString &phoneArea)
 {
     QVariant result;
-    const PassportCommunityError record = get(result, QStringLiteral("ipCountry"));
+    PassportCommunityError record = get(result, QStringLiteral("ipCountry"));
     if (record.errorCode == CommunityErrorCode::NoError) {
         m_currentPhoneArea = result.toString();
         phoneArea = m_currentPhoneArea;

@@ -9,7 +9,7 @@ PassportCommunityError PassportNubelo::reqGetPrivacy(QString &privacy, QString l
     // Three values for four places, deliberately: the service's path ends in a literal "%4".
     const QString path = QStringLiteral("/%1/%2/%3/%4").arg(oemurl, language, target);
     QVariant result;
-    const PassportCommunityError record =
+    PassportCommunityError record =
         requestNubelo(result, QStringLiteral("getOEMPrivacyColorInfoByType"), path,
                       Nubelo::Manager::Get, Nubelo::Manager::NoEncrypt, QVariantMap(),
                       QVariantMap(), QVariantMap(), QStringLiteral("cloud"));

@@ -31,8 +31,7 @@ PassportCommunityError PassportNubelo::logIn(const QString &username, const QStr
                            {QStringLiteral("phoneArea"), phoneArea},
                            {QStringLiteral("loginType"), loginType()}};
     QVariant result;
-    const PassportCommunityError record =
-        post(result, QStringLiteral("userLogin"), body, signInParams());
+    PassportCommunityError record = post(result, QStringLiteral("userLogin"), body, signInParams());
     if (record.errorCode != CommunityErrorCode::NoError)
         return record;
 
@@ -59,7 +58,7 @@ PassportCommunityError PassportNubelo::reqCodeLogIn(const QString &username,
         {QStringLiteral("captcha"), captcha},
         {QStringLiteral("uuid"), linkUuid(QStringLiteral("login"), m_captchaId)}};
     QVariant result;
-    const PassportCommunityError record =
+    PassportCommunityError record =
         post(result, QStringLiteral("userCodeLogin"), body, signInParams());
     if (record.errorCode != CommunityErrorCode::NoError)
         return record;
@@ -67,7 +66,7 @@ PassportCommunityError PassportNubelo::reqCodeLogIn(const QString &username,
     keepAccount(result.toMap());
     // Unlike a password's, a code's sign-in is reported as its profile query went.
     const QPointer<PassportNubelo> self(this);
-    const PassportCommunityError profile = reqGetUserInfo(userInfo, QStringLiteral("product"));
+    PassportCommunityError profile = reqGetUserInfo(userInfo, QStringLiteral("product"));
     if (self)
         userInfo = m_userInfo;
     return profile;
