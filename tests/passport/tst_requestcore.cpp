@@ -4,7 +4,6 @@
 #include <ScriptedCloud.h>
 
 #include <QtCore/QMetaMethod>
-#include <QtCore/QTimer>
 #include <QtTest/QtTest>
 
 #include <thread>
