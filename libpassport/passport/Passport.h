@@ -142,12 +142,38 @@ public:
     /// Whether the account service answers.
     bool hasVelqorNet();
 
-    // Web pages, shown by the web tool in the passport directory. Each blocks until the tool ends,
-    // without delivering the caller's events: call them from a thread that may be blocked.
+    // Web pages, shown by the web tool in the passport directory (docs/web-flows.md). Each blocks
+    // until the tool ends, however long that takes, without delivering the caller's events: call
+    // them from a thread that may be blocked; it needs no event loop. Signals are emitted on that
+    // thread, in the middle of the call. When there is no tool, a call ends at once.
+    //
+    // `path` is appended to the web service's address as config/PassPortCfg.cfg has it, with
+    // nothing put between them; `text` is handed to the tool as it is.
 
-    /// Shows one page and hands `text` to the tool; emits webpageClosed() at the end, also when
-    /// there is no tool.
+    /// Shows one page; emits webpageClosed() at the end.
     void openURL(QUrl url, QString text);
+
+    /// Sign-in: tokenReceived() and userIdReceived() as the page brings them, each perhaps several
+    /// times, then webpageClosed(). Nobody is signed in by it: hand the token to setToken().
+    /// `flag` has the log say when both have come.
+    void openLoginURL(bool flag, QString path, QString text);
+
+    /// Sign-up: userLoadSuccess() for each complete record, then webpageClosed(). With `closes` the
+    /// tool is ended by name 2 s after a record.
+    void openRegisterURL(bool closes, QString path, QString text);
+
+    /// Forgotten password: as openRegisterURL(), but a short record comes too, with empty texts.
+    void openForgitURL(bool closes, QString path, QString text);
+
+    /// Further information on the account of `token`: supplySuccess() when the page has saved it,
+    /// and no webpageClosed(). Sets the variable QTWEBENGINE_REMOTE_DEBUGGING of this process to
+    /// 1112 for good. With `closes` runs "taskkill", where there is one, against the tool.
+    void openAddInfoURL(QString token, bool closes, QString path, QString text);
+
+    /// Copies the files below a directory, hidden ones apart, for a web tool to be put in place:
+    /// what exists in the destination stays. The destination is created, its parents are not; it
+    /// must not lie in the source. What cannot be copied is left out without a word.
+    void copyOpenWebFile(QString source, QString destination);
 
     // Protected storage. Protected text is base64 (RFC 4648) of AES-128-ECB ciphertext (FIPS 197)
     // under the library's key. Unprotected data ends in the 0 to 15 zero bytes that completed its

@@ -1,5 +1,9 @@
 #include "web/WebTool_p.h"
 
+#include "common/Log.h"
+
+#include <utility>
+
 namespace VelqorPassPort {
 
 // The process object is never released, deliberately: its destructor would kill a tool that should
@@ -10,11 +14,35 @@ WebTool::WebTool(const QString &passportDir, const QString &program)
 {
 }
 
-void WebTool::run(const QStringList &arguments)
+void WebTool::setReceiver(Receiver receive)
+{
+    QProcess *process = &m_process;
+    QObject::connect(
+        process, &QProcess::readyReadStandardOutput, process,
+        [process, receive = std::move(receive)] { receive(*process); }, Qt::DirectConnection);
+}
+
+void WebTool::mergeStandardError()
+{
+    m_process.setProcessChannelMode(QProcess::MergedChannels);
+}
+
+void WebTool::start(const QStringList &arguments)
 {
     m_process.setReadChannel(QProcess::StandardOutput);
     m_process.start(m_programPath, arguments, QIODevice::ReadWrite);
+}
+
+void WebTool::waitForEnd()
+{
     m_process.waitForFinished(-1);
+}
+
+QByteArray readChunk(QProcess &tool)
+{
+    const QByteArray chunk = tool.readAllStandardOutput();
+    qCDebug(log_lp) << "resultTest res::::" << chunk;
+    return chunk;
 }
 
 } // namespace VelqorPassPort

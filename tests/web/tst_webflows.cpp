@@ -1,0 +1,528 @@
+#include "common/Log.h"
+#include "passport/Passport.h"
+#include "support/LogCapture.h"
+#include "support/PassportDirectory.h"
+#include "support/Recorder.h"
+#include "web/WebAddress_p.h"
+
+#include <QtCore/QDir>
+#include <QtCore/QEventLoop>
+#include <QtCore/QFileInfo>
+#include <QtCore/QThread>
+#include <QtCore/QTimer>
+#include <QtTest/QtTest>
+
+#include <cstdio>
+#include <memory>
+
+#include <unistd.h>
+
+using namespace VelqorPassPort;
+using Chunks = QList<QByteArray>;
+
+namespace {
+
+const QString bundled = "openweburl/openweburl.app/Contents/MacOS/openweburl";
+const QString bundledName = bundled.section('/', 1);
+const QString apart = "openweburl/openweburl";
+const QByteArray bothMarkers = "..openLoginURL_token_startABCopenLoginURL_token_end.."
+                               "openLoginURL_user_id_start42openLoginURL_user_id_end";
+const QByteArray wholeRecord = "userLoadSuccess start: alice secret 86 end";
+
+/// Collects the log, and tells the web tool by the length of a file how many chunks were read.
+class ReadingLog
+{
+public:
+    explicit ReadingLog(const QString &acknowledgements)
+    {
+        path = acknowledgements;
+        capture = qInstallMessageHandler(acknowledge);
+    }
+    QStringList lines() const { return m_log.lines(); }
+
+private:
+    static void acknowledge(QtMsgType type, const QMessageLogContext &context, const QString &text)
+    {
+        capture(type, context, text);
+        QFile file(path);
+        if (text.startsWith("resultTest") && file.open(QIODevice::Append))
+            file.write(".");
+    }
+
+    LogCapture m_log; // puts the handler back too
+    static inline QString path;
+    static inline QtMessageHandler capture = nullptr;
+};
+
+QStringList filledIn(QStringList lines, const PassportDirectory &dir)
+{
+    return lines.replaceInStrings("%DIR%", dir.path());
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(std::function<void(Passport &)>)
+using Flow = std::function<void(Passport &)>;
+
+/// The web flows with a web tool that records how it was started and writes what it is told.
+class tst_WebFlows : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+    void runs_data();
+    void runs();
+    void needsNoWebTool_data();
+    void needsNoWebTool();
+    void choosesTheAddress_data();
+    void choosesTheAddress();
+    void readsMegabytes();
+    void runsInAThreadWithoutEventLoop();
+    void letsASlotWaitAndCall();
+    void survivesItsDestructionInASlot();
+    void endsTheToolByName_data();
+    void endsTheToolByName();
+    void copiesWhatIsMissing();
+    void leavesADirectoryWithoutParentAlone();
+
+private:
+    void install(const QString &program, const Chunks &chunks,
+                 const QByteArray &firstLine = QByteArray());
+    void logSignals(Passport &passport);
+
+    QString acknowledgements;
+    std::unique_ptr<PassportDirectory> dir;
+    std::unique_ptr<Recorder> recorder;
+    std::unique_ptr<Passport> passport;
+};
+
+void tst_WebFlows::init()
+{
+    dir = std::make_unique<PassportDirectory>();
+    dir->writeSystemCfg({{"Tunnel", QJsonObject{{"Port", 1}}}});
+    dir->writePassportCfg({{"nubelo", QJsonObject{{"url", "http://base"}}},
+                           {"openwebengine", QJsonObject{{"reLoadTimeout", 7}}}});
+    recorder = std::make_unique<Recorder>();
+    recorder->add("killall");
+    recorder->add("taskkill");
+    acknowledgements = dir->filePath("acknowledgements");
+    passport = std::make_unique<Passport>();
+    passport->initial(dir->path());
+}
+
+void tst_WebFlows::cleanup()
+{
+    passport.reset();
+    recorder.reset();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+// The tool writes each chunk only when the one before has been read.
+void tst_WebFlows::install(const QString &program, const Chunks &chunks,
+                           const QByteArray &firstLine)
+{
+    QByteArray script = firstLine;
+    for (int i = 0; i < chunks.size(); ++i) {
+        const QString file = QStringLiteral("chunk%1").arg(i);
+        dir->write(file, chunks.at(i));
+        script += "cat '" + QFile::encodeName(dir->filePath(file)) + "'\nuntil [ \"$(wc -c <'" +
+                  QFile::encodeName(acknowledgements) + "')\" -gt " + QByteArray::number(i) +
+                  " ]; do sleep 0.01; done\n";
+    }
+    dir->write("acknowledgements", QByteArray());
+    recorder->add("openweburl", script);
+    const QString path = dir->filePath(program);
+    QDir().mkpath(QFileInfo(path).path());
+    QVERIFY(QFile::link(recorder->programPath("openweburl"), path));
+}
+
+// Between the log lines, so that one list shows the order of both.
+void tst_WebFlows::logSignals(Passport &client)
+{
+    connect(&client, &Passport::tokenReceived,
+            [](const QString &token) { qCDebug(log_lp) << "> token" << token; });
+    connect(&client, &Passport::userIdReceived,
+            [](const QString &userId) { qCDebug(log_lp) << "> user" << userId; });
+    connect(&client, &Passport::userLoadSuccess,
+            [](const QString &userName, const QString &password, const QString &phoneArea) {
+                qCDebug(log_lp) << "> details" << userName << password << phoneArea;
+            });
+    connect(&client, &Passport::supplySuccess, [] { qCDebug(log_lp) << "> supplied"; });
+    connect(&client, &Passport::webpageClosed, [] { qCDebug(log_lp) << "> closed"; });
+}
+
+void tst_WebFlows::runs_data()
+{
+    QTest::addColumn<Flow>("flow");
+    QTest::addColumn<Chunks>("chunks");
+    QTest::addColumn<QStringList>("calls");
+    QTest::addColumn<QStringList>("lines");
+
+    const QString usual = "openweburl [http://base/p] [en] [7000]";
+    const QString ended = "killall [" + bundledName + ']';
+    const auto signIn = [](bool flag) {
+        return Flow([flag](Passport &p) { p.openLoginURL(flag, "/p", "en"); });
+    };
+    const auto signUp = [](bool closes) {
+        return Flow([closes](Passport &p) { p.openRegisterURL(closes, "/p", "en"); });
+    };
+    const auto forgotten = [](bool closes) {
+        return Flow([closes](Passport &p) { p.openForgitURL(closes, "/p", "en"); });
+    };
+    const auto addInfo = [](bool closes) {
+        return Flow([closes](Passport &p) { p.openAddInfoURL("T k", closes, "/p", "en"); });
+    };
+    const QStringList signInHead{"reloadTiemout___ 7", "openLoginURL urlStr:::: \"http://base/p\"",
+                                 "openLoginURL openurl:::: \"%DIR%/" + apart + '"'};
+    const QStringList signUpHead{"reloadTiemout___ 7",
+                                 "oopenweburl QJsonObject({\"nubelo\":{\"url\":\"http://base\"},"
+                                 "\"openwebengine\":{\"reLoadTimeout\":7}})",
+                                 "openRegisterURL openurl:::: \"http://base/p\"",
+                                 "openRegisterURL openurl:::: \"%DIR%/" + bundled + '"',
+                                 "Register openRegisterUrl started and wait for finished"};
+    const QStringList signUpTail{"Register openRegisterUrl finished emit webpageClosed signal",
+                                 "> closed"};
+    const QString signUpRead = "Register openRegisterUrl still receiving std cout";
+    const QStringList forgottenHead{"reloadTiemout___ 7",
+                                    "openForgitURL urlStr:::: \"http://base/p\"",
+                                    "openForgitURL openurl:::: \"%DIR%/" + bundled + '"'};
+    const QStringList addInfoHead{
+        "openAddInfoURL token::: \"T k\"", "openAddInfoURL urlStr:::: \"http://base/p\"",
+        "openAddInfoURL list:::: (\"http://base/p\", \"T k\", \"http://base\", \"en\")",
+        "openAddInfoURL openurl:::: \"%DIR%/" + bundled + '"'};
+    const QString addInfoCall = "openweburl [http://base/p] [T k] [http://base] [en]";
+
+    QTest::newRow("sign-in, both values at once")
+        << signIn(true) << Chunks{bothMarkers} << QStringList{usual}
+        << signInHead + QStringList{"resultTest res:::: \"" + bothMarkers + '"',
+                                    "qStr0:::: \"" + bothMarkers + '"',
+                                    "> token \"ABC\"",
+                                    "qStr0:::: \"" + bothMarkers + '"',
+                                    "> user \"42\"",
+                                    "mireth01 received token and id true",
+                                    "> closed"};
+    const QByteArray token = "openLoginURL_token_startTopenLoginURL_token_end";
+    const QByteArray id = "openLoginURL_user_id_startUopenLoginURL_user_id_end";
+    QTest::newRow("sign-in, one after the other, and one again")
+        << signIn(true) << Chunks{id, token, id} << QStringList{usual}
+        << signInHead + QStringList{"resultTest res:::: \"" + id + '"',
+                                    "qStr0:::: \"" + id + '"',
+                                    "> user \"U\"",
+                                    "resultTest res:::: \"" + token + '"',
+                                    "qStr0:::: \"" + token + '"',
+                                    "> token \"T\"",
+                                    "mireth01 received token and id true",
+                                    "resultTest res:::: \"" + id + '"',
+                                    "qStr0:::: \"" + id + '"',
+                                    "> user \"U\"",
+                                    "mireth01 received token and id true",
+                                    "> closed"};
+    QTest::newRow("sign-in without the flag, a token in two reads")
+        << signIn(false) << Chunks{id, token.left(30), token.mid(30)} << QStringList{usual}
+        << signInHead + QStringList{"resultTest res:::: \"" + id + '"',
+                                    "qStr0:::: \"" + id + '"',
+                                    "> user \"U\"",
+                                    "resultTest res:::: \"" + token.left(30) + '"',
+                                    "resultTest res:::: \"" + token.mid(30) + '"',
+                                    "> closed"};
+
+    const QString record = wholeRecord;
+    QTest::newRow("sign-up, closing")
+        << signUp(true) << Chunks{wholeRecord + " closeSignal"} << QStringList{usual, ended}
+        << signUpHead +
+               QStringList{signUpRead,
+                           "resultTest res:::: \"" + record + " closeSignal\"",
+                           "str::::111 \"" + record + " closeSignal\"",
+                           "qStr0:::: \"" + record + " closeSignal\"",
+                           "qStr1::::111 \"userLoadSuccess start: alice secret 86 \"",
+                           "qStr2::::111 \" alice secret 86 \"",
+                           "userName.... \"alice\" passWord: \"secret\" phoneArea: \"86\"",
+                           "> details \"alice\" \"secret\" \"86\""} +
+               signUpTail;
+    const QString shortRecord = "userLoadSuccess start:alice end";
+    QTest::newRow("sign-up, a short record, then a close signal")
+        << signUp(false) << Chunks{shortRecord.toUtf8(), "closeSignal"} << QStringList{usual, ended}
+        << signUpHead +
+               QStringList{signUpRead,
+                           "resultTest res:::: \"" + shortRecord + '"',
+                           "str::::111 \"" + shortRecord + '"',
+                           "qStr0:::: \"" + shortRecord + '"',
+                           "qStr1::::111 \"userLoadSuccess start:alice \"",
+                           "qStr2::::111 \"alice \"",
+                           "userName....  is empty, info error",
+                           signUpRead,
+                           "resultTest res:::: \"closeSignal\"",
+                           "str::::111 \"closeSignal\"",
+                           "closeSignal received close web tool"} +
+               signUpTail;
+    const QString threeParts = "userLoadSuccess start: alice secretend";
+    QTest::newRow("sign-up, three parts")
+        << signUp(false) << Chunks{threeParts.toUtf8()} << QStringList{usual}
+        << signUpHead +
+               QStringList{signUpRead,
+                           "resultTest res:::: \"" + threeParts + '"',
+                           "str::::111 \"" + threeParts + '"',
+                           "qStr0:::: \"" + threeParts + '"',
+                           "qStr1::::111 \"userLoadSuccess start: alice secret\"",
+                           "qStr2::::111 \" alice secret\"",
+                           "userName.... \"alice\" passWord: \"secret\" phoneArea: \"\"",
+                           "> details \"alice\" \"secret\" \"\""} +
+               signUpTail;
+
+    QTest::newRow("forgotten, closing")
+        << forgotten(true) << Chunks{wholeRecord} << QStringList{usual, ended}
+        << forgottenHead +
+               QStringList{"resultTest res:::: \"" + record + '"',
+                           "str:::: \"" + record + '"',
+                           "qStr0:::: \"" + record + '"',
+                           "qStr1:::: \"userLoadSuccess start: alice secret 86 \"",
+                           "qStr2:::: \" alice secret 86 \"",
+                           "userName.... \"alice\" passWord: \"secret\" phoneArea: \"86\"",
+                           "> details \"alice\" \"secret\" \"86\"",
+                           "mireth01 start msleep",
+                           "mireth01 end   msleep",
+                           "mireth01 close webtool",
+                           "> closed"};
+    QTest::newRow("forgotten, a short record, then a close signal")
+        << forgotten(false) << Chunks{shortRecord.toUtf8(), "closeSignal"}
+        << QStringList{usual, ended}
+        << forgottenHead + QStringList{"resultTest res:::: \"" + shortRecord + '"',
+                                       "str:::: \"" + shortRecord + '"',
+                                       "qStr0:::: \"" + shortRecord + '"',
+                                       "qStr1:::: \"userLoadSuccess start:alice \"",
+                                       "qStr2:::: \"alice \"",
+                                       "userName.... \"\" passWord: \"\" phoneArea: \"\"",
+                                       "> details \"\" \"\" \"\"",
+                                       "resultTest res:::: \"closeSignal\"",
+                                       "str:::: \"closeSignal\"",
+                                       "closeSignal received close web tool",
+                                       "> closed"};
+
+    const QStringList supplied{"resultTest res:::: \"supplyResult success!\"",
+                               "str:::: \"supplyResult success!\"", "supplyResult success!",
+                               "> supplied"};
+    QTest::newRow("add information, closing")
+        << addInfo(true) << Chunks{"supplyResult success!"}
+        << QStringList{addInfoCall, "taskkill [/im] [" + bundledName + "] [/f]"}
+        << addInfoHead + supplied;
+    QTest::newRow("add information, left open; a close signal says nothing")
+        << addInfo(false) << Chunks{"supplyResult success!", "closeSignal"}
+        << QStringList{addInfoCall}
+        << addInfoHead + supplied +
+               QStringList{"resultTest res:::: \"closeSignal\"", "str:::: \"closeSignal\""};
+}
+
+void tst_WebFlows::runs()
+{
+    QFETCH(Flow, flow);
+    QFETCH(Chunks, chunks);
+    QFETCH(QStringList, calls);
+    QFETCH(QStringList, lines);
+    const QByteArray row = QTest::currentDataTag();
+    // Sign-up reads standard error too.
+    install(row.startsWith("sign-in") ? apart : bundled, chunks,
+            row.startsWith("sign-up") ? "exec >&2\n" : "");
+    logSignals(*passport);
+    const ReadingLog log(acknowledgements);
+    flow(*passport);
+    QCOMPARE(log.lines(),
+             filledIn(lines.replaceInStrings(QRegularExpression("^"), "debug "), *dir));
+    QTRY_COMPARE(recorder->calls(), calls);
+}
+
+void tst_WebFlows::needsNoWebTool_data()
+{
+    QTest::addColumn<Flow>("flow");
+    QTest::addColumn<int>("closed");
+    QTest::newRow("page") << Flow([](Passport &p) { p.openURL(QUrl("file:///x"), "en"); }) << 1;
+    QTest::newRow("sign-in") << Flow([](Passport &p) { p.openLoginURL(true, "/p", "en"); }) << 1;
+    QTest::newRow("sign-up") << Flow([](Passport &p) { p.openRegisterURL(true, "/p", "en"); }) << 1;
+    QTest::newRow("forgotten") << Flow([](Passport &p) { p.openForgitURL(true, "/p", "en"); }) << 1;
+    QTest::newRow("add information")
+        << Flow([](Passport &p) { p.openAddInfoURL("T", true, "/p", "en"); }) << 0;
+}
+
+void tst_WebFlows::needsNoWebTool()
+{
+    QFETCH(Flow, flow);
+    const QSignalSpy closed(passport.get(), &Passport::webpageClosed);
+    qunsetenv("QTWEBENGINE_REMOTE_DEBUGGING");
+    flow(*passport);
+    QTEST(int(closed.count()), "closed");
+    QCOMPARE(qgetenv("QTWEBENGINE_REMOTE_DEBUGGING") == "1112", closed.isEmpty());
+}
+
+void tst_WebFlows::choosesTheAddress_data()
+{
+    QTest::addColumn<QByteArray>("configuration");
+    QTest::addColumn<QString>("page");
+    const auto row = [](const char *name, const QByteArray &cloud, const QString &page) {
+        QTest::newRow(name) << QByteArray("{\"nubelo\": " + cloud + '}') << page;
+    };
+    row("beta", R"({"env": "beta", "url": "u", "testurl": "t"})", "t/p");
+    row("other case", R"({"env": "Beta", "url": "u", "testurl": "t"})", "u/p");
+    row("no environment", R"({"url": "u", "testurl": "t"})", "u/p");
+    row("beta without its address", R"({"env": "beta", "url": "u"})", "/p");
+    row("no object", R"("u")", "/p");
+    QTest::newRow("no JSON") << QByteArray("{") << "/p";
+}
+
+void tst_WebFlows::choosesTheAddress()
+{
+    QFETCH(QByteArray, configuration);
+    dir->write("config/PassPortCfg.cfg", configuration);
+    QTEST(WebAddress(dir->path()).ofPage("/p"), "page");
+}
+
+void tst_WebFlows::readsMegabytes()
+{
+    install(apart, {QByteArray(3 * 1024 * 1024, 'x'), bothMarkers});
+    QString token;
+    connect(passport.get(), &Passport::tokenReceived, [&](const QString &t) { token = t; });
+    const ReadingLog log(acknowledgements);
+    passport->openLoginURL(false, "/p", "en");
+    QCOMPARE(token, "ABC");
+}
+
+void tst_WebFlows::runsInAThreadWithoutEventLoop()
+{
+    install(apart, {bothMarkers});
+    QThread *slotThread = nullptr;
+    connect(
+        passport.get(), &Passport::tokenReceived, passport.get(),
+        [&] { slotThread = QThread::currentThread(); }, Qt::DirectConnection);
+    const ReadingLog log(acknowledgements);
+    const std::unique_ptr<QThread> thread(
+        QThread::create([&] { passport->openLoginURL(false, "/p", "en"); }));
+    thread->start();
+    QVERIFY(thread->wait());
+    QCOMPARE(slotThread, thread.get());
+}
+
+void tst_WebFlows::letsASlotWaitAndCall()
+{
+    install(apart, {"openLoginURL_token_startTopenLoginURL_token_end",
+                    "openLoginURL_user_id_startUopenLoginURL_user_id_end"});
+    QStringList seen;
+    connect(passport.get(), &Passport::tokenReceived, [&] {
+        // The rest of the tool's life passes in here.
+        QEventLoop loop;
+        connect(passport.get(), &Passport::userIdReceived, &loop, &QEventLoop::quit);
+        QTimer::singleShot(30000, &loop, &QEventLoop::quit);
+        loop.exec();
+        passport->openURL(QUrl("http://127.0.0.1/"), "en");
+        seen += "token";
+    });
+    connect(passport.get(), &Passport::userIdReceived, [&] { seen += "user"; });
+    connect(passport.get(), &Passport::webpageClosed, [&] { seen += "closed"; });
+    const ReadingLog log(acknowledgements);
+    passport->openLoginURL(false, "/p", "en");
+    QCOMPARE(seen, (QStringList{"user", "closed", "token", "closed"}));
+}
+
+void tst_WebFlows::survivesItsDestructionInASlot()
+{
+    install(apart, {bothMarkers, bothMarkers});
+    int tokens = 0;
+    connect(passport.get(), &Passport::tokenReceived, qApp, [&] {
+        ++tokens;
+        passport.reset();
+    });
+    const ReadingLog log(acknowledgements);
+    passport->openLoginURL(true, "/p", "en");
+    QCOMPARE(tokens, 1);
+}
+
+void tst_WebFlows::endsTheToolByName_data()
+{
+    QTest::addColumn<QString>("report");
+    QTest::newRow("after the details") << QString(wholeRecord);
+    QTest::newRow("on the close signal") << "closeSignal";
+    QTest::newRow("when the host is done") << "nothing";
+}
+
+// The system's own killall, which takes a name with slashes for a path below the working directory.
+void tst_WebFlows::endsTheToolByName()
+{
+    QFETCH(QString, report);
+    recorder.reset();
+    const QString program = dir->filePath(bundled);
+    QDir().mkpath(QFileInfo(program).path());
+    QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), program));
+    dir->write("config/PassPortCfg.cfg", R"({"nubelo": {"url": "--report="}})");
+
+    const QString before = QDir::currentPath();
+    QVERIFY(QDir::setCurrent(dir->filePath("openweburl")));
+    const ReadingLog log(acknowledgements);
+    const std::unique_ptr<QThread> thread(
+        QThread::create([&] { passport->openForgitURL(true, report, "en"); }));
+    thread->start();
+    QTRY_VERIFY(!log.lines().filter("resultTest").isEmpty());
+    if (report == "nothing")
+        passport->exitModule();
+    const bool ended = thread->wait(30000);
+    QDir::setCurrent(before);
+    QVERIFY(ended);
+}
+
+void tst_WebFlows::copiesWhatIsMissing()
+{
+    const QTemporaryDir target;
+    dir->write("tool/run", "new");
+    dir->write("tool/data/deep/page", "new");
+    dir->write("tool/data/kept", "new");
+    dir->write("tool/.hidden", "new");
+    QDir().mkpath(dir->filePath("tool/empty"));
+    QDir().mkpath(target.filePath("to/data"));
+    QFile kept(target.filePath("to/data/kept"));
+    QVERIFY(kept.open(QIODevice::WriteOnly) && kept.write("old") == 3);
+    kept.close();
+    QVERIFY(QFile::setPermissions(dir->filePath("tool/run"), QFile::ReadOwner | QFile::ExeOwner));
+
+    const QString from = dir->filePath("tool");
+    const QString to = target.filePath("to");
+    const LogCapture log;
+    passport->copyOpenWebFile(from, to);
+    const QString data = "\"" + from + "/data";
+    QCOMPARE(log.lines(),
+             QStringList({"debug copy files... \"" + from + "\" \"" + to + '"',
+                          "debug copy dir... " + data + "\" \"data\"",
+                          "debug copy files... " + data + "\" \"" + to + "/data\"",
+                          "debug copy dir... " + data + "/deep\" \"deep\"",
+                          "debug copy files... " + data + "/deep\" \"" + to + "/data/deep\"",
+                          "debug copy file... " + data + "/deep/page\" \"page\"",
+                          "debug copy dir... \"" + from + "/empty\" \"empty\"",
+                          "debug copy files... \"" + from + "/empty\" \"" + to + "/empty\"",
+                          "debug copy file... \"" + from + "/run\" \"run\""}));
+    QVERIFY(QFileInfo(to + "/run").isExecutable());
+    QVERIFY(QFileInfo(to + "/empty").isDir());
+    QCOMPARE(QFileInfo(to + "/data/kept").size(), 3);
+    QVERIFY(kept.open(QIODevice::ReadOnly));
+    QCOMPARE(kept.readAll(), QByteArray("old"));
+    QVERIFY(!QFileInfo::exists(to + "/.hidden"));
+}
+
+void tst_WebFlows::leavesADirectoryWithoutParentAlone()
+{
+    dir->write("tool/run", "new");
+    passport->copyOpenWebFile(dir->filePath("tool"), dir->filePath("no/parent"));
+    QVERIFY(!QFileInfo::exists(dir->filePath("no")));
+}
+
+// As a web tool: reports what its page address says and stays.
+int main(int argc, char **argv)
+{
+    const QByteArray mark = "--report=";
+    if (argc > 1 && QByteArray(argv[1]).startsWith(mark)) {
+        std::puts(argv[1] + mark.size());
+        std::fflush(stdout);
+        return pause();
+    }
+    QCoreApplication application(argc, argv);
+    tst_WebFlows test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_webflows.moc"
