@@ -37,6 +37,12 @@ public:
     /// says so and gives the program's end.
     std::optional<Exit> prepare(bool needsPassportDir);
 
+    /// Signs in, asking for the password, and goes on with the profile.
+    using Authenticated = std::function<Exit(const QVariantMap &profile)>;
+    Exit withAccount(const QString &user, const QString &phoneArea, bool remember,
+                     const Authenticated &then);
+
+    const QString &passportDir() const { return m_options.passportDir; }
     VelqorPassPort::Passport &passport() { return m_passport; }
     const Output &output() const { return m_output; }
 
@@ -50,14 +56,11 @@ public:
     /// The service's answer to "status", which the facade does not hand out.
     VelqorPassPort::PassportCommunityError requestStatus(QVariant &result);
 
-    /// The result of one of a passport-emulator's own calls, such as "inbox", sent with `body` unless
-    /// that is empty; undefined when no emulator answers or it refuses.
+    /// The result of one of a passport-emulator's own calls, such as "inbox", sent with `body`
+    /// unless that is empty; undefined when no emulator answers or it refuses.
     QJsonValue askEmulator(const QString &call, const QVariantMap &body = {});
 
 private:
-    using Authenticated = std::function<Exit(const QVariantMap &)>;
-    Exit withAccount(const QString &user, const QString &phoneArea, bool remember,
-                     const Authenticated &then);
     QString initialize(bool needsPassportDir);
     VelqorPassPort::PassportNubelo &client();
 

@@ -5,6 +5,7 @@
 #include "Output.h"
 #include "Protection.h"
 #include "Services.h"
+#include "Web.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QLoggingCategory>
@@ -31,6 +32,8 @@ struct Arguments
     bool strip = false;
     bool fromEmulator = false;
     bool wait = false;
+    bool closes = false;
+    bool showSecrets = false;
     std::string config;
     std::string environment;
     std::string address;
@@ -44,6 +47,7 @@ struct Arguments
     std::string language = "en-us";
     std::string filter;
     std::string oem = "velqor";
+    std::string page;
 };
 
 using Command = std::function<Exit(Host &, const Output &)>;
@@ -198,6 +202,48 @@ void declareServices(CLI::App &app, Arguments &arguments, Command &chosen)
     });
 }
 
+void declareWeb(CLI::App &app, Arguments &arguments, Command &chosen)
+{
+    CLI::App *web = app.add_subcommand("web", "Show a page of the account service");
+    web->require_subcommand(1);
+    const auto declare = [&](CLI::App *command, const char *path, auto operation) {
+        if (path[0] != '\0')
+            command->add_option("--page", arguments.page, "Path below the web service's address");
+        command->add_option("--text", arguments.language, "For the page, usually a language")
+            ->capture_default_str();
+        command->callback([&, path, operation] {
+            chosen = [&, path, operation](Host &host, const Output &) {
+                const std::string page = arguments.page.empty() ? path : arguments.page;
+                Web shown(host, {text(page), text(arguments.language), arguments.closes,
+                                 arguments.showSecrets});
+                return std::invoke(operation, shown);
+            };
+        });
+        return command;
+    };
+    const auto add = [&](const char *name, const char *description) {
+        return web->add_subcommand(name, description);
+    };
+    CLI::App *signIn = declare(add("sign-in", "Sign in"), "/sign-in", &Web::signIn);
+    CLI::App *signUp = declare(add("sign-up", "Create an account"), "/sign-up", &Web::signUp);
+    CLI::App *forgotten =
+        declare(add("forgotten", "Set a new password"), "/forgotten-password", &Web::forgotten);
+    CLI::App *addInfo =
+        declare(declareAccountCommand(*web, arguments, "add-info", "Complete an account"),
+                "/add-information", [&](Web &shown) {
+                    return shown.addInformation(text(arguments.user), text(arguments.phoneArea));
+                });
+    declare(add("open", "Show any page"), "", &Web::open)
+        ->add_option("url", arguments.page, "Its address: http, https or file")
+        ->required();
+    for (CLI::App *command : {signUp, forgotten, addInfo})
+        command->add_flag("--close", arguments.closes, "Close the page after its result");
+    for (CLI::App *command : {signIn, signUp, forgotten}) {
+        command->add_flag("--show-secrets", arguments.showSecrets,
+                          "Print tokens and passwords too");
+    }
+}
+
 void declareProtection(CLI::App &app, Arguments &arguments, Command &chosen)
 {
     const auto declare = [&](const char *name, const char *description, auto operation) {
@@ -234,6 +280,7 @@ int main(int argc, char *argv[])
     declareCommands(app, arguments, chosen);
     declareCodeFlows(app, arguments, chosen);
     declareServices(app, arguments, chosen);
+    declareWeb(app, arguments, chosen);
     declareProtection(app, arguments, chosen);
     try {
         app.parse(argc, argv);

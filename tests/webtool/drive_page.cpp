@@ -1,0 +1,200 @@
+#include <QtCore/QCoreApplication>
+#include <QtCore/QEventLoop>
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QThread>
+#include <QtCore/QTimer>
+#include <QtNetwork/QNetworkAccessManager>
+#include <QtNetwork/QNetworkReply>
+#include <QtWebSockets/QWebSocket>
+
+#include <chrono>
+#include <cstdio>
+#include <stdexcept>
+
+// Fills in the page that a web tool shows, as a person at the keyboard would: through the browser
+// engine's remote debugging (Chrome DevTools Protocol), which the tool opens when the variable
+// QTWEBENGINE_REMOTE_DEBUGGING names a port.
+//
+//     drive-page PORT STEPS
+//
+// STEPS is a file with one step on a line: "wait SCRIPT" until it is true, "run SCRIPT", "type
+// TEXT", "type-result SCRIPT", "press Tab|Enter|Space", "print SCRIPT"; "#" begins a comment line.
+// A script is an expression of JavaScript, a promise is waited for.
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto patience = 60s;
+constexpr auto pause = 50ms;
+
+struct Failure : std::runtime_error
+{
+    using std::runtime_error::runtime_error;
+};
+
+void fail(const QString &sentence)
+{
+    throw Failure(sentence.toStdString());
+}
+
+/// The debugging connection to the first page of a browser engine.
+class DebuggedPage
+{
+public:
+    explicit DebuggedPage(quint16 port);
+
+    QJsonValue evaluate(const QString &script);
+    void waitFor(const QString &script);
+    void type(const QString &text) { call("Input.insertText", {{"text", text}}); }
+    void press(const QString &key);
+
+private:
+    static QUrl find(quint16 port);
+    QJsonObject call(const QString &method, const QJsonObject &parameters);
+
+    QWebSocket m_socket;
+    int m_lastCall = 0;
+};
+
+template <typename Sender, typename Signal>
+void waitForSignal(Sender *sender, Signal signal)
+{
+    QEventLoop loop;
+    QObject::connect(sender, signal, &loop, &QEventLoop::quit);
+    QTimer::singleShot(patience, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+QUrl DebuggedPage::find(quint16 port)
+{
+    QNetworkAccessManager network;
+    const QUrl list(QStringLiteral("http://127.0.0.1:%1/json/list").arg(port));
+    for (auto waited = 0ms; waited < patience; waited += pause) {
+        QNetworkReply *reply = network.get(QNetworkRequest(list));
+        waitForSignal(reply, &QNetworkReply::finished);
+        const QJsonArray targets = QJsonDocument::fromJson(reply->readAll()).array();
+        for (const auto &target : targets) {
+            if (target.toObject().value("type") == QLatin1String("page"))
+                return target.toObject().value("webSocketDebuggerUrl").toString();
+        }
+        QThread::msleep(pause.count());
+    }
+    fail("no page can be debugged at " + list.toString());
+    return {};
+}
+
+DebuggedPage::DebuggedPage(quint16 port)
+{
+    m_socket.open(find(port));
+    waitForSignal(&m_socket, &QWebSocket::connected);
+}
+
+QJsonObject DebuggedPage::call(const QString &method, const QJsonObject &parameters)
+{
+    const int id = ++m_lastCall;
+    QJsonObject answer;
+    QEventLoop loop;
+    QObject::connect(&m_socket, &QWebSocket::disconnected, &loop, &QEventLoop::quit);
+    QObject::connect(&m_socket, &QWebSocket::textMessageReceived, &loop, [&](const QString &text) {
+        const QJsonObject message = QJsonDocument::fromJson(text.toUtf8()).object();
+        if (message.value("id").toInt() == id) {
+            answer = message;
+            loop.quit();
+        }
+    });
+    QTimer::singleShot(patience, &loop, &QEventLoop::quit);
+    const QJsonObject request{{"id", id}, {"method", method}, {"params", parameters}};
+    m_socket.sendTextMessage(QJsonDocument(request).toJson());
+    loop.exec();
+    if (!answer.contains("result"))
+        fail(method + ": " + QJsonDocument(answer).toJson(QJsonDocument::Compact));
+    return answer.value("result").toObject();
+}
+
+QJsonValue DebuggedPage::evaluate(const QString &script)
+{
+    const QJsonObject result =
+        call("Runtime.evaluate",
+             {{"expression", script}, {"awaitPromise", true}, {"returnByValue", true}});
+    if (result.contains("exceptionDetails"))
+        fail(QJsonDocument(result).toJson(QJsonDocument::Compact));
+    return result.value("result").toObject().value("value");
+}
+
+void DebuggedPage::waitFor(const QString &script)
+{
+    for (auto waited = 0ms; waited < patience; waited += pause) {
+        if (evaluate("Boolean(" + script + ')').toBool())
+            return;
+        QThread::msleep(pause.count());
+    }
+    const QString page = evaluate("location + '\\n' + document.body.innerText").toString();
+    fail("never true: " + script + "\nThe page: " + page);
+}
+
+void DebuggedPage::press(const QString &key)
+{
+    QJsonObject event{{"type", "keyDown"}, {"key", key}, {"code", key}};
+    if (key == "Tab") {
+        event.insert("windowsVirtualKeyCode", 9);
+    } else if (key == "Enter") {
+        event.insert("windowsVirtualKeyCode", 13);
+        event.insert("text", "\r");
+    } else if (key == "Space") {
+        event.insert("windowsVirtualKeyCode", 32);
+        event.insert("text", " ");
+    } else {
+        fail("no such key: " + key);
+    }
+    call("Input.dispatchKeyEvent", event);
+    event.insert("type", "keyUp");
+    call("Input.dispatchKeyEvent", event);
+}
+
+void take(DebuggedPage &page, const QString &step)
+{
+    const QString verb = step.section(' ', 0, 0);
+    const QString rest = step.section(' ', 1).trimmed();
+    if (verb.isEmpty() || verb == "#")
+        return;
+    if (verb == "wait")
+        page.waitFor(rest);
+    else if (verb == "run")
+        page.evaluate(rest);
+    else if (verb == "type")
+        page.type(rest);
+    else if (verb == "type-result")
+        page.type(page.evaluate(rest).toString());
+    else if (verb == "press")
+        page.press(rest);
+    else if (verb == "print")
+        std::printf("%s\n", qPrintable(page.evaluate(rest).toVariant().toString()));
+    else
+        fail("no such step: " + step);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    QFile steps(arguments.value(2));
+    if (!steps.open(QIODevice::ReadOnly)) {
+        std::fprintf(stderr, "usage: drive-page PORT STEPS\n");
+        return 2;
+    }
+    try {
+        DebuggedPage page(arguments.value(1).toUShort());
+        while (!steps.atEnd())
+            take(page, QString::fromUtf8(steps.readLine()).trimmed());
+    } catch (const Failure &failure) {
+        std::fprintf(stderr, "drive-page: %s\n", failure.what());
+        return 1;
+    }
+    return 0;
+}

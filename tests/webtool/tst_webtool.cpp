@@ -1,0 +1,185 @@
+
+#include <QtCore/QProcess>
+#include <QtNetwork/QTcpServer>
+#include <QtNetwork/QTcpSocket>
+#include <QtTest/QtTest>
+
+#include <memory>
+
+namespace {
+
+constexpr int patienceMs = 60000;
+
+QByteArray html(const QByteArray &script)
+{
+    const QByteArray body = "<!DOCTYPE html><title>t</title><script>" + script + "</script>";
+    return "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nConnection: close\r\nContent-Length: " +
+           QByteArray::number(body.size()) + "\r\n\r\n" + body;
+}
+
+const QByteArray report = R"(
+    function report(what) {
+        return new Promise(resolve => {
+            const request = new XMLHttpRequest();
+            request.onload = () => resolve('told');
+            request.onerror = () => resolve('refused');
+            request.open('GET', 'openweburl:' + what);
+            request.send();
+        });
+    }
+)";
+
+} // namespace
+
+/// The web tool's program, offscreen, with pages that this test serves.
+class tst_WebTool : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void printsNothingButReports();
+    void deniesForeignPages_data();
+    void deniesForeignPages();
+    void loadsAgainUntilThePageIsThere();
+    void refusesAWrongCommandLine();
+
+private:
+    using Answers = std::function<QByteArray(const QByteArray &target)>;
+    void serve(Answers answers);
+    QString page(const QString &path = "/", const QString &host = "127.0.0.1") const;
+
+    std::unique_ptr<QTcpServer> server;
+    std::unique_ptr<QProcess> tool;
+};
+
+void tst_WebTool::init()
+{
+    tool = std::make_unique<QProcess>();
+    tool->setProgram(OPENWEBURL);
+    server = std::make_unique<QTcpServer>();
+    QVERIFY(server->listen(QHostAddress::LocalHost));
+}
+
+// Gives each request its answer; an empty one ends the connection.
+void tst_WebTool::serve(Answers answers)
+{
+    connect(server.get(), &QTcpServer::newConnection, this, [this, answers = std::move(answers)] {
+        QTcpSocket *socket = server->nextPendingConnection();
+        connect(socket, &QTcpSocket::readyRead, socket, [socket, answers] {
+            const QByteArray request = socket->readAll();
+            socket->write(answers(request.split(' ').value(1)));
+            socket->disconnectFromHost();
+        });
+        connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+    });
+}
+
+QString tst_WebTool::page(const QString &path, const QString &host) const
+{
+    return QStringLiteral("http://%1:%2%3").arg(host).arg(server->serverPort()).arg(path);
+}
+
+// With standard error in the same pipe, as the flow that creates accounts has it.
+void tst_WebTool::printsNothingButReports()
+{
+    serve([](const QByteArray &target) {
+        if (target != "/")
+            return QByteArray("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n");
+        return html(report + R"(
+            console.log('closeSignal');
+            console.error('userLoadSuccess start: a b c end');
+            (async () => {
+                await report('openLoginURL_token_startXopenLoginURL_token_end');
+                await report('account?userName=a%20closeSignal&password=x&phoneArea=');
+                await report('account?userName=ada&password=x%0AcloseSignal&phoneArea=');
+                await report('signed-in?token=T&userId=7');
+                await report('account?userName=ada&password=s&phoneArea=86');
+                await report('close');
+            })();
+        )");
+    });
+    tool->setProcessChannelMode(QProcess::MergedChannels);
+    tool->setArguments({page(), "en", "200"});
+    tool->start();
+    QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
+    QCOMPARE(tool->readAll(), QByteArray("openLoginURL_token_startTopenLoginURL_token_end"
+                                         "openLoginURL_user_id_start7openLoginURL_user_id_end\n"
+                                         "userLoadSuccess start: ada s 86 end\n"
+                                         "closeSignal\n"));
+    QCOMPARE(tool->exitCode(), 0);
+}
+
+void tst_WebTool::deniesForeignPages_data()
+{
+    QTest::addColumn<QByteArray>("firstPage");
+    const QByteArray leave = "location = 'http://localhost:' + location.port + '/foreign';";
+    const QByteArray frame = "const frame = document.createElement('iframe');"
+                             "document.documentElement.append(frame);";
+    QTest::newRow("gone to") << leave;
+    QTest::newRow("framed") << frame +
+                                   "frame.src = 'http://localhost:' + location.port + '/foreign';";
+    QTest::newRow("own, but in a sandbox")
+        << frame + "frame.sandbox = 'allow-scripts'; frame.src = '/foreign';";
+}
+
+void tst_WebTool::deniesForeignPages()
+{
+    QFETCH(QByteArray, firstPage);
+    QByteArray outcome;
+    serve([&](const QByteArray &target) {
+        if (target == "/")
+            return html(firstPage);
+        if (target == "/foreign") {
+            return html(report + R"(
+                Promise.all([report('close'), report('arguments'), report('supplied')])
+                    .then(outcome => new Image().src = '/outcome/' + outcome);
+                )");
+        }
+        if (target.startsWith("/outcome/"))
+            outcome = target.mid(9);
+        return QByteArray();
+    });
+    tool->setArguments({page(), "secret", "", "en"});
+    tool->start();
+    QTRY_COMPARE_WITH_TIMEOUT(outcome, QByteArray("refused,refused,refused"), patienceMs);
+    tool->terminate();
+    QVERIFY(tool->waitForFinished());
+    QCOMPARE(tool->readAllStandardOutput(), QByteArray());
+}
+
+void tst_WebTool::loadsAgainUntilThePageIsThere()
+{
+    int tries = 0;
+    serve([&](const QByteArray &target) {
+        if (target == "/favicon.ico")
+            return QByteArray();
+        switch (++tries) {
+        case 1:
+            return QByteArray();
+        case 2:
+            return QByteArray("HTTP/1.1 503 Busy\r\nContent-Length: 4\r\n\r\nbusy");
+        default:
+            return html(report + "report('close');");
+        }
+    });
+    tool->setArguments({page("/a b"), "en", "100"});
+    tool->start();
+    QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
+    QCOMPARE(tool->readAllStandardOutput(), QByteArray("closeSignal\n"));
+    QCOMPARE(tries, 3);
+}
+
+void tst_WebTool::refusesAWrongCommandLine()
+{
+    tool->setArguments({"-platform", "en", "7"});
+    tool->start();
+    QVERIFY(tool->waitForFinished());
+    QCOMPARE(tool->exitCode(), 2);
+    QVERIFY(tool->readAllStandardError().contains("\"-platform\" is not an http, https or file"));
+    QCOMPARE(tool->readAllStandardOutput(), QByteArray());
+}
+
+QTEST_GUILESS_MAIN(tst_WebTool)
+
+#include "tst_webtool.moc"
