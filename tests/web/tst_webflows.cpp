@@ -23,7 +23,6 @@ using Chunks = QList<QByteArray>;
 namespace {
 
 const QString bundled = "openweburl/openweburl.app/Contents/MacOS/openweburl";
-const QString bundledName = bundled.section('/', 1);
 const QString apart = "openweburl/openweburl";
 const QByteArray bothMarkers = "..openLoginURL_token_startABCopenLoginURL_token_end.."
                                "openLoginURL_user_id_start42openLoginURL_user_id_end";
@@ -54,15 +53,71 @@ private:
     static inline QtMessageHandler capture = nullptr;
 };
 
-QStringList filledIn(QStringList lines, const PassportDirectory &dir)
+const QString signInHead = R"(
+    reloadTiemout___ 7
+    openLoginURL urlStr:::: "http://base/p"
+    openLoginURL openurl:::: "%DIR%/openweburl/openweburl")";
+const QString signUpHead = R"(
+    reloadTiemout___ 7
+    oopenweburl QJsonObject({"nubelo":{"url":"http://base"},"openwebengine":{"reLoadTimeout":7}})
+    openRegisterURL openurl:::: "http://base/p"
+    openRegisterURL openurl:::: "%DIR%/openweburl/openweburl.app/Contents/MacOS/openweburl"
+    Register openRegisterUrl started and wait for finished)";
+const QString signUpTail = R"(
+    Register openRegisterUrl finished emit webpageClosed signal
+    > closed)";
+const QString forgottenHead = R"(
+    reloadTiemout___ 7
+    openForgitURL urlStr:::: "http://base/p"
+    openForgitURL openurl:::: "%DIR%/openweburl/openweburl.app/Contents/MacOS/openweburl")";
+const QString addInfoHead = R"(
+    openAddInfoURL token::: "T k"
+    openAddInfoURL urlStr:::: "http://base/p"
+    openAddInfoURL list:::: ("http://base/p", "T k", "http://base", "en")
+    openAddInfoURL openurl:::: "%DIR%/openweburl/openweburl.app/Contents/MacOS/openweburl")";
+const QString supplied = R"(
+    resultTest res:::: "%1"
+    str:::: "%1"
+    supplyResult success!
+    > supplied)";
+
+QStringList expected(QString log, const Chunks &chunks, const QString &directory)
 {
-    return lines.replaceInStrings("%DIR%", dir.path());
+    log.replace("%DIR%", directory);
+    for (int i = 0; i < chunks.size(); ++i)
+        log.replace('%' + QString::number(i + 1), chunks.at(i));
+    QStringList lines;
+    const QStringList texts = log.split('\n', Qt::SkipEmptyParts);
+    for (const QString &text : texts)
+        lines.append("debug " + text.trimmed());
+    return lines;
+}
+
+using Flow = std::function<void(Passport &)>;
+
+Flow signIn(bool flag)
+{
+    return [flag](Passport &passport) { passport.openLoginURL(flag, "/p", "en"); };
+}
+
+Flow signUp(bool closes)
+{
+    return [closes](Passport &passport) { passport.openRegisterURL(closes, "/p", "en"); };
+}
+
+Flow forgotten(bool closes)
+{
+    return [closes](Passport &passport) { passport.openForgitURL(closes, "/p", "en"); };
+}
+
+Flow addInfo(bool closes)
+{
+    return [closes](Passport &passport) { passport.openAddInfoURL("T k", closes, "/p", "en"); };
 }
 
 } // namespace
 
-Q_DECLARE_METATYPE(std::function<void(Passport &)>)
-using Flow = std::function<void(Passport &)>;
+Q_DECLARE_METATYPE(Flow)
 
 /// The web flows with a web tool that records how it was started and writes what it is told.
 class tst_WebFlows : public QObject
@@ -158,160 +213,125 @@ void tst_WebFlows::runs_data()
     QTest::addColumn<Flow>("flow");
     QTest::addColumn<Chunks>("chunks");
     QTest::addColumn<QStringList>("calls");
-    QTest::addColumn<QStringList>("lines");
+    QTest::addColumn<QString>("log"); // %1 and on are the chunks
 
-    const QString usual = "openweburl [http://base/p] [en] [7000]";
-    const QString ended = "killall [" + bundledName + ']';
-    const auto signIn = [](bool flag) {
-        return Flow([flag](Passport &p) { p.openLoginURL(flag, "/p", "en"); });
-    };
-    const auto signUp = [](bool closes) {
-        return Flow([closes](Passport &p) { p.openRegisterURL(closes, "/p", "en"); });
-    };
-    const auto forgotten = [](bool closes) {
-        return Flow([closes](Passport &p) { p.openForgitURL(closes, "/p", "en"); });
-    };
-    const auto addInfo = [](bool closes) {
-        return Flow([closes](Passport &p) { p.openAddInfoURL("T k", closes, "/p", "en"); });
-    };
-    const QStringList signInHead{"reloadTiemout___ 7", "openLoginURL urlStr:::: \"http://base/p\"",
-                                 "openLoginURL openurl:::: \"%DIR%/" + apart + '"'};
-    const QStringList signUpHead{"reloadTiemout___ 7",
-                                 "oopenweburl QJsonObject({\"nubelo\":{\"url\":\"http://base\"},"
-                                 "\"openwebengine\":{\"reLoadTimeout\":7}})",
-                                 "openRegisterURL openurl:::: \"http://base/p\"",
-                                 "openRegisterURL openurl:::: \"%DIR%/" + bundled + '"',
-                                 "Register openRegisterUrl started and wait for finished"};
-    const QStringList signUpTail{"Register openRegisterUrl finished emit webpageClosed signal",
-                                 "> closed"};
-    const QString signUpRead = "Register openRegisterUrl still receiving std cout";
-    const QStringList forgottenHead{"reloadTiemout___ 7",
-                                    "openForgitURL urlStr:::: \"http://base/p\"",
-                                    "openForgitURL openurl:::: \"%DIR%/" + bundled + '"'};
-    const QStringList addInfoHead{
-        "openAddInfoURL token::: \"T k\"", "openAddInfoURL urlStr:::: \"http://base/p\"",
-        "openAddInfoURL list:::: (\"http://base/p\", \"T k\", \"http://base\", \"en\")",
-        "openAddInfoURL openurl:::: \"%DIR%/" + bundled + '"'};
+    const QString call = "openweburl [http://base/p] [en] [7000]";
     const QString addInfoCall = "openweburl [http://base/p] [T k] [http://base] [en]";
+    const QString ended = "killall [openweburl.app/Contents/MacOS/openweburl]";
+    const QByteArray token = "openLoginURL_token_startTopenLoginURL_token_end";
+    const QByteArray userId = "openLoginURL_user_id_startUopenLoginURL_user_id_end";
+    const QByteArray shortRecord = "userLoadSuccess start:alice end";
 
     QTest::newRow("sign-in, both values at once")
-        << signIn(true) << Chunks{bothMarkers} << QStringList{usual}
-        << signInHead + QStringList{"resultTest res:::: \"" + bothMarkers + '"',
-                                    "qStr0:::: \"" + bothMarkers + '"',
-                                    "> token \"ABC\"",
-                                    "qStr0:::: \"" + bothMarkers + '"',
-                                    "> user \"42\"",
-                                    "mireth01 received token and id true",
-                                    "> closed"};
-    const QByteArray token = "openLoginURL_token_startTopenLoginURL_token_end";
-    const QByteArray id = "openLoginURL_user_id_startUopenLoginURL_user_id_end";
+        << signIn(true) << Chunks{bothMarkers} << QStringList{call} << signInHead + R"(
+            resultTest res:::: "%1"
+            qStr0:::: "%1"
+            > token "ABC"
+            qStr0:::: "%1"
+            > user "42"
+            mireth01 received token and id true
+            > closed)";
     QTest::newRow("sign-in, one after the other, and one again")
-        << signIn(true) << Chunks{id, token, id} << QStringList{usual}
-        << signInHead + QStringList{"resultTest res:::: \"" + id + '"',
-                                    "qStr0:::: \"" + id + '"',
-                                    "> user \"U\"",
-                                    "resultTest res:::: \"" + token + '"',
-                                    "qStr0:::: \"" + token + '"',
-                                    "> token \"T\"",
-                                    "mireth01 received token and id true",
-                                    "resultTest res:::: \"" + id + '"',
-                                    "qStr0:::: \"" + id + '"',
-                                    "> user \"U\"",
-                                    "mireth01 received token and id true",
-                                    "> closed"};
-    QTest::newRow("sign-in without the flag, a token in two reads")
-        << signIn(false) << Chunks{id, token.left(30), token.mid(30)} << QStringList{usual}
-        << signInHead + QStringList{"resultTest res:::: \"" + id + '"',
-                                    "qStr0:::: \"" + id + '"',
-                                    "> user \"U\"",
-                                    "resultTest res:::: \"" + token.left(30) + '"',
-                                    "resultTest res:::: \"" + token.mid(30) + '"',
-                                    "> closed"};
+        << signIn(true) << Chunks{userId, token, userId} << QStringList{call} << signInHead + R"(
+            resultTest res:::: "%1"
+            qStr0:::: "%1"
+            > user "U"
+            resultTest res:::: "%2"
+            qStr0:::: "%2"
+            > token "T"
+            mireth01 received token and id true
+            resultTest res:::: "%3"
+            qStr0:::: "%3"
+            > user "U"
+            mireth01 received token and id true
+            > closed)";
+    QTest::newRow("sign-in without the flag, then a token in two reads")
+        << signIn(false) << Chunks{bothMarkers, token.left(30), token.mid(30)} << QStringList{call}
+        << signInHead + R"(
+            resultTest res:::: "%1"
+            qStr0:::: "%1"
+            > token "ABC"
+            qStr0:::: "%1"
+            > user "42"
+            resultTest res:::: "%2"
+            resultTest res:::: "%3"
+            > closed)";
 
-    const QString record = wholeRecord;
-    QTest::newRow("sign-up, closing")
-        << signUp(true) << Chunks{wholeRecord + " closeSignal"} << QStringList{usual, ended}
-        << signUpHead +
-               QStringList{signUpRead,
-                           "resultTest res:::: \"" + record + " closeSignal\"",
-                           "str::::111 \"" + record + " closeSignal\"",
-                           "qStr0:::: \"" + record + " closeSignal\"",
-                           "qStr1::::111 \"userLoadSuccess start: alice secret 86 \"",
-                           "qStr2::::111 \" alice secret 86 \"",
-                           "userName.... \"alice\" passWord: \"secret\" phoneArea: \"86\"",
-                           "> details \"alice\" \"secret\" \"86\""} +
-               signUpTail;
-    const QString shortRecord = "userLoadSuccess start:alice end";
+    QTest::newRow("sign-up, closing; a close signal in the same read")
+        << signUp(true)
+        << Chunks{wholeRecord + " closeSignal"} << QStringList{call, ended} << signUpHead + R"(
+            Register openRegisterUrl still receiving std cout
+            resultTest res:::: "%1"
+            str::::111 "%1"
+            qStr0:::: "%1"
+            qStr1::::111 "userLoadSuccess start: alice secret 86 "
+            qStr2::::111 " alice secret 86 "
+            userName.... "alice" passWord: "secret" phoneArea: "86"
+            > details "alice" "secret" "86")" + signUpTail;
     QTest::newRow("sign-up, a short record, then a close signal")
-        << signUp(false) << Chunks{shortRecord.toUtf8(), "closeSignal"} << QStringList{usual, ended}
-        << signUpHead +
-               QStringList{signUpRead,
-                           "resultTest res:::: \"" + shortRecord + '"',
-                           "str::::111 \"" + shortRecord + '"',
-                           "qStr0:::: \"" + shortRecord + '"',
-                           "qStr1::::111 \"userLoadSuccess start:alice \"",
-                           "qStr2::::111 \"alice \"",
-                           "userName....  is empty, info error",
-                           signUpRead,
-                           "resultTest res:::: \"closeSignal\"",
-                           "str::::111 \"closeSignal\"",
-                           "closeSignal received close web tool"} +
-               signUpTail;
-    const QString threeParts = "userLoadSuccess start: alice secretend";
+        << signUp(false)
+        << Chunks{shortRecord, "closeSignal"} << QStringList{call, ended} << signUpHead + R"(
+            Register openRegisterUrl still receiving std cout
+            resultTest res:::: "%1"
+            str::::111 "%1"
+            qStr0:::: "%1"
+            qStr1::::111 "userLoadSuccess start:alice "
+            qStr2::::111 "alice "
+            userName....  is empty, info error
+            Register openRegisterUrl still receiving std cout
+            resultTest res:::: "%2"
+            str::::111 "%2"
+            closeSignal received close web tool)" + signUpTail;
     QTest::newRow("sign-up, three parts")
-        << signUp(false) << Chunks{threeParts.toUtf8()} << QStringList{usual}
-        << signUpHead +
-               QStringList{signUpRead,
-                           "resultTest res:::: \"" + threeParts + '"',
-                           "str::::111 \"" + threeParts + '"',
-                           "qStr0:::: \"" + threeParts + '"',
-                           "qStr1::::111 \"userLoadSuccess start: alice secret\"",
-                           "qStr2::::111 \" alice secret\"",
-                           "userName.... \"alice\" passWord: \"secret\" phoneArea: \"\"",
-                           "> details \"alice\" \"secret\" \"\""} +
-               signUpTail;
+        << signUp(false)
+        << Chunks{"userLoadSuccess start: alice secretend"} << QStringList{call} << signUpHead + R"(
+            Register openRegisterUrl still receiving std cout
+            resultTest res:::: "%1"
+            str::::111 "%1"
+            qStr0:::: "%1"
+            qStr1::::111 "userLoadSuccess start: alice secret"
+            qStr2::::111 " alice secret"
+            userName.... "alice" passWord: "secret" phoneArea: ""
+            > details "alice" "secret" "")" + signUpTail;
 
     QTest::newRow("forgotten, closing")
-        << forgotten(true) << Chunks{wholeRecord} << QStringList{usual, ended}
-        << forgottenHead +
-               QStringList{"resultTest res:::: \"" + record + '"',
-                           "str:::: \"" + record + '"',
-                           "qStr0:::: \"" + record + '"',
-                           "qStr1:::: \"userLoadSuccess start: alice secret 86 \"",
-                           "qStr2:::: \" alice secret 86 \"",
-                           "userName.... \"alice\" passWord: \"secret\" phoneArea: \"86\"",
-                           "> details \"alice\" \"secret\" \"86\"",
-                           "mireth01 start msleep",
-                           "mireth01 end   msleep",
-                           "mireth01 close webtool",
-                           "> closed"};
+        << forgotten(true) << Chunks{wholeRecord} << QStringList{call, ended} << forgottenHead + R"(
+            resultTest res:::: "%1"
+            str:::: "%1"
+            qStr0:::: "%1"
+            qStr1:::: "userLoadSuccess start: alice secret 86 "
+            qStr2:::: " alice secret 86 "
+            userName.... "alice" passWord: "secret" phoneArea: "86"
+            > details "alice" "secret" "86"
+            mireth01 start msleep
+            mireth01 end   msleep
+            mireth01 close webtool
+            > closed)";
     QTest::newRow("forgotten, a short record, then a close signal")
-        << forgotten(false) << Chunks{shortRecord.toUtf8(), "closeSignal"}
-        << QStringList{usual, ended}
-        << forgottenHead + QStringList{"resultTest res:::: \"" + shortRecord + '"',
-                                       "str:::: \"" + shortRecord + '"',
-                                       "qStr0:::: \"" + shortRecord + '"',
-                                       "qStr1:::: \"userLoadSuccess start:alice \"",
-                                       "qStr2:::: \"alice \"",
-                                       "userName.... \"\" passWord: \"\" phoneArea: \"\"",
-                                       "> details \"\" \"\" \"\"",
-                                       "resultTest res:::: \"closeSignal\"",
-                                       "str:::: \"closeSignal\"",
-                                       "closeSignal received close web tool",
-                                       "> closed"};
+        << forgotten(false) << Chunks{shortRecord, "closeSignal"} << QStringList{call, ended}
+        << forgottenHead + R"(
+            resultTest res:::: "%1"
+            str:::: "%1"
+            qStr0:::: "%1"
+            qStr1:::: "userLoadSuccess start:alice "
+            qStr2:::: "alice "
+            userName.... "" passWord: "" phoneArea: ""
+            > details "" "" ""
+            resultTest res:::: "%2"
+            str:::: "%2"
+            closeSignal received close web tool
+            > closed)";
 
-    const QStringList supplied{"resultTest res:::: \"supplyResult success!\"",
-                               "str:::: \"supplyResult success!\"", "supplyResult success!",
-                               "> supplied"};
     QTest::newRow("add information, closing")
         << addInfo(true) << Chunks{"supplyResult success!"}
-        << QStringList{addInfoCall, "taskkill [/im] [" + bundledName + "] [/f]"}
+        << QStringList{addInfoCall,
+                       "taskkill [/im] [openweburl.app/Contents/MacOS/openweburl] [/f]"}
         << addInfoHead + supplied;
     QTest::newRow("add information, left open; a close signal says nothing")
         << addInfo(false) << Chunks{"supplyResult success!", "closeSignal"}
-        << QStringList{addInfoCall}
-        << addInfoHead + supplied +
-               QStringList{"resultTest res:::: \"closeSignal\"", "str:::: \"closeSignal\""};
+        << QStringList{addInfoCall} << addInfoHead + supplied + R"(
+            resultTest res:::: "%2"
+            str:::: "%2")";
 }
 
 void tst_WebFlows::runs()
@@ -319,16 +339,15 @@ void tst_WebFlows::runs()
     QFETCH(Flow, flow);
     QFETCH(Chunks, chunks);
     QFETCH(QStringList, calls);
-    QFETCH(QStringList, lines);
+    QFETCH(QString, log);
     const QByteArray row = QTest::currentDataTag();
     // Sign-up reads standard error too.
     install(row.startsWith("sign-in") ? apart : bundled, chunks,
             row.startsWith("sign-up") ? "exec >&2\n" : "");
     logSignals(*passport);
-    const ReadingLog log(acknowledgements);
+    const ReadingLog captured(acknowledgements);
     flow(*passport);
-    QCOMPARE(log.lines(),
-             filledIn(lines.replaceInStrings(QRegularExpression("^"), "debug "), *dir));
+    QCOMPARE(captured.lines(), expected(log, chunks, dir->path()));
     QTRY_COMPARE(recorder->calls(), calls);
 }
 
@@ -337,26 +356,8 @@ void tst_WebFlows::needsNoWebTool_data()
     QTest::addColumn<Flow>("flow");
     QTest::addColumn<int>("closed");
     QTest::newRow("page") << Flow([](Passport &p) { p.openURL(QUrl("file:///x"), "en"); }) << 1;
-    QTest::newRow("sign-in") << Flow([](Passport &p) { p.openLoginURL(true, "/p", "en"); }) << 1;
-    QTest::newRow("sign-up") << Flow([](Passport &p) { p.openRegisterURL(true, "/p", "en"); }) << 1;
-    QTest::newRow("forgotten") << Flow([](Passport &p) { p.openForgitURL(true, "/p", "en"); }) << 1;
-    QTest::newRow("add information")
-        << Flow([](Passport &p) { p.openAddInfoURL("T", true, "/p", "en"); }) << 0;
-}
-
-void tst_WebFlows::needsNoWebTool()
-{
-    QFETCH(Flow, flow);
-    const QSignalSpy closed(passport.get(), &Passport::webpageClosed);
-    qunsetenv("QTWEBENGINE_REMOTE_DEBUGGING");
-    flow(*passport);
-    QTEST(int(closed.count()), "closed");
-    QCOMPARE(qgetenv("QTWEBENGINE_REMOTE_DEBUGGING") == "1112", closed.isEmpty());
-}
-
-void tst_WebFlows::choosesTheAddress_data()
-{
-    QTest::addColumn<QByteArray>("configuration");
+    QTest::newRow("sign-in") << signIn(true) << signUp(true) << forgotten(true)
+                             << addInfo(true)<QByteArray>("configuration");
     QTest::addColumn<QString>("page");
     const auto row = [](const char *name, const QByteArray &cloud, const QString &page) {
         QTest::newRow(name) << QByteArray("{\"nubelo\": " + cloud + '}') << page;
