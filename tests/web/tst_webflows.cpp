@@ -53,34 +53,6 @@ private:
     static inline QtMessageHandler capture = nullptr;
 };
 
-const QString signInHead = R"(
-    reloadTiemout___ 7
-    openLoginURL urlStr:::: "http://base/p"
-    openLoginURL openurl:::: "%DIR%/openweburl/openweburl")";
-const QString signUpHead = R"(
-    reloadTiemout___ 7
-    oopenweburl QJsonObject({"nubelo":{"url":"http://base"},"openwebengine":{"reLoadTimeout":7}})
-    openRegisterURL openurl:::: "http://base/p"
-    openRegisterURL openurl:::: "%DIR%/openweburl/openweburl.app/Contents/MacOS/openweburl"
-    Register openRegisterUrl started and wait for finished)";
-const QString signUpTail = R"(
-    Register openRegisterUrl finished emit webpageClosed signal
-    > closed)";
-const QString forgottenHead = R"(
-    reloadTiemout___ 7
-    openForgitURL urlStr:::: "http://base/p"
-    openForgitURL openurl:::: "%DIR%/openweburl/openweburl.app/Contents/MacOS/openweburl")";
-const QString addInfoHead = R"(
-    openAddInfoURL token::: "T k"
-    openAddInfoURL urlStr:::: "http://base/p"
-    openAddInfoURL list:::: ("http://base/p", "T k", "http://base", "en")
-    openAddInfoURL openurl:::: "%DIR%/openweburl/openweburl.app/Contents/MacOS/openweburl")";
-const QString supplied = R"(
-    resultTest res:::: "%1"
-    str:::: "%1"
-    supplyResult success!
-    > supplied)";
-
 QStringList expected(QString log, const Chunks &chunks, const QString &directory)
 {
     log.replace("%DIR%", directory);
@@ -207,6 +179,39 @@ void tst_WebFlows::logSignals(Passport &client)
     connect(&client, &Passport::supplySuccess, [] { qCDebug(log_lp) << "> supplied"; });
     connect(&client, &Passport::webpageClosed, [] { qCDebug(log_lp) << "> closed"; });
 }
+
+// What a row's log begins and ends with.
+namespace {
+
+const QString signInHead = R"(
+    reloadTiemout___ 7
+    openLoginURL urlStr:::: "http://base/p"
+    openLoginURL openurl:::: "%DIR%/openweburl/openweburl")";
+const QString signUpHead = R"(
+    reloadTiemout___ 7
+    oopenweburl QJsonObject({"nubelo":{"url":"http://base"},"openwebengine":{"reLoadTimeout":7}})
+    openRegisterURL openurl:::: "http://base/p"
+    openRegisterURL openurl:::: "%DIR%/openweburl/openweburl.app/Contents/MacOS/openweburl"
+    Register openRegisterUrl started and wait for finished)";
+const QString signUpTail = R"(
+    Register openRegisterUrl finished emit webpageClosed signal
+    > closed)";
+const QString forgottenHead = R"(
+    reloadTiemout___ 7
+    openForgitURL urlStr:::: "http://base/p"
+    openForgitURL openurl:::: "%DIR%/openweburl/openweburl.app/Contents/MacOS/openweburl")";
+const QString addInfoHead = R"(
+    openAddInfoURL token::: "T k"
+    openAddInfoURL urlStr:::: "http://base/p"
+    openAddInfoURL list:::: ("http://base/p", "T k", "http://base", "en")
+    openAddInfoURL openurl:::: "%DIR%/openweburl/openweburl.app/Contents/MacOS/openweburl")";
+const QString supplied = R"(
+    resultTest res:::: "%1"
+    str:::: "%1"
+    supplyResult success!
+    > supplied)";
+
+} // namespace
 
 void tst_WebFlows::runs_data()
 {
