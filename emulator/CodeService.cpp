@@ -129,14 +129,16 @@ Answer CodeService::inbox(const Request &request) const
 
 // The order matters: who does not hold the captcha learns nothing about the code and cannot use up
 // its tries.
-void CodeService::redeem(const Account &account, const QString &purpose, const QJsonObject &body)
+void CodeService::redeem(const QString &purpose, const QJsonObject &body)
 {
     const Fields fields(body);
+    const QString userName = fields.text(QStringLiteral("username"));
+    const QString phoneArea = fields.text(QStringLiteral("phoneArea"));
     const CaptchaLink link = CaptchaLink::parse(fields.text(QStringLiteral("uuid")));
     const QString captcha = fields.text(QStringLiteral("captcha"));
     const QString given = fields.text(QStringLiteral("validCode"));
-    const std::optional<VerificationCode> code =
-        m_challenges.latestCode(QString::number(account.userId), purpose);
+    const QString owner = ownerName(m_store.find(userName, phoneArea), userName, phoneArea);
+    const std::optional<VerificationCode> code = m_challenges.latestCode(owner, purpose);
     if (!code)
         throw Denial(QStringLiteral("codeErr"));
     if (link.purpose != purpose || link.captchaId != code->captchaId ||

@@ -74,6 +74,7 @@ Emulator::Emulator(Store &store, const Seed &seed)
     , m_captchas(m_challenges)
     , m_codes(store, m_challenges, m_captchas, m_settings)
     , m_accounts(store, m_captchas, m_codes)
+    , m_registrations(store, m_codes)
     , m_countries(m_settings)
     , m_apiRoutes(apiRoutes())
     , m_developerRoutes(developerRoutes())
@@ -103,6 +104,10 @@ std::vector<Emulator::Route> Emulator::apiRoutes()
               [this](auto &r) { return m_accounts.checkExistence(r); }),
         route("rbpwd", post, "/user/reset-password",
               [this](auto &r) { return m_accounts.resetPassword(r); }),
+        route("registerUser", post, "/user/register",
+              [this](auto &r) { return m_registrations.registerUser(r); }),
+        route("supplyInfo", post, "/user/supply",
+              [this](auto &r) { return m_registrations.supplyInfo(r); }),
         route("fetchCountries", get, "/countries", [this](auto &) { return m_countries.list(); }),
         route("ipCountry", get, "/ip-country", [this](auto &) { return m_countries.current(); }),
         route("getOEMPrivacyColorInfoByType", get, "/privacy/",

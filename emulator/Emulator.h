@@ -7,6 +7,7 @@
 #include "CountryService.h"
 #include "Faults.h"
 #include "Message.h"
+#include "RegistrationService.h"
 #include "RequestLog.h"
 #include "Seed.h"
 #include "Settings.h"
@@ -52,6 +53,7 @@ private:
     CaptchaService m_captchas;
     CodeService m_codes;
     AccountService m_accounts;
+    RegistrationService m_registrations;
     CountryService m_countries;
     Faults m_faults;
     RequestLog m_log;
