@@ -32,6 +32,8 @@ public:
 
 private:
     void requireSendable(const std::optional<Account> &account, const QString &purpose) const;
+    QString ownerOf(const QString &userName, const QString &phoneArea,
+                    const QString &purpose) const;
     VerificationCode newCode(const QJsonObject &body, const CaptchaLink &link) const;
 
     Store &m_store;

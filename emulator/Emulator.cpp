@@ -78,6 +78,7 @@ Emulator::Emulator(Store &store, const Seed &seed)
     , m_countries(m_settings)
     , m_apiRoutes(apiRoutes())
     , m_developerRoutes(developerRoutes())
+    , m_webRoutes(webRoutes())
 {
     QStringList names;
     for (const Route &route : m_apiRoutes)
@@ -143,14 +144,17 @@ std::vector<Emulator::Route> Emulator::developerRoutes()
     };
 }
 
+std::vector<Emulator::Route> Emulator::webRoutes()
+{
+    return {Route{{}, get, QStringLiteral("/web/"), [this](auto &r) { return m_pages.answer(r); }}};
+}
+
 Answer Emulator::answer(const Request &request)
 {
     try {
         requireLocalCaller(request);
         Transaction transaction(m_store.database());
-        Answer answer = request.path.startsWith(QLatin1String("/_dev/"))
-                            ? findRoute(m_developerRoutes, request).function(request)
-                            : answerApi(request);
+        Answer answer = answerByPath(request);
         transaction.commit();
         printLine(answer.consoleLine);
         return answer;
@@ -159,6 +163,15 @@ Answer Emulator::answer(const Request &request)
     } catch (const StoreError &error) {
         return failAnswer(QString::fromUtf8(error.what()), 500);
     }
+}
+
+Answer Emulator::answerByPath(const Request &request)
+{
+    if (request.path.startsWith(QLatin1String("/_dev/")))
+        return findRoute(m_developerRoutes, request).function(request);
+    if (request.path.startsWith(QLatin1String("/web/")))
+        return findRoute(m_webRoutes, request).function(request);
+    return answerApi(request);
 }
 
 Answer Emulator::answerByRules(const Route &route, const Request &request)

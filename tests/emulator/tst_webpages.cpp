@@ -1,16 +1,17 @@
 #include "support/EmulatorProcess.h"
 
+#include <QtCore/QDir>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QUuid>
 #include <QtTest/QtTest>
 
 namespace {
 
-using Reply = EmulatorProcess::HttpReply;
-
-const QJsonObject company{{"companyName", "Harbour Lab"},
-                          {"companyType", "laboratory"},
-                          {"companyPurpose", "production"}};
+const QJsonObject company{
+    {"companyName", "Lab"}, {"companyType", "mill"}, {"companyPurpose", "work"}};
+const QJsonObject carol{{"username", "carol@example.com"}, {"phoneArea", ""}};
+const QString carolsPassword = "correct horse 4";
 
 QJsonObject merged(QJsonObject object, const QJsonObject &changes)
 {
@@ -19,11 +20,21 @@ QJsonObject merged(QJsonObject object, const QJsonObject &changes)
     return object;
 }
 
-// The word of a failed answer, "ok" for a good one.
-QString word(const Reply &reply)
+// "ok", or why not.
+QString word(const EmulatorProcess::HttpReply &reply)
 {
     const QJsonObject answer = reply.json();
     return answer.value("status") == "ok" ? "ok" : answer.value("result").toString();
+}
+
+QString readAll(const QDir &directory, const QString &pattern)
+{
+    QByteArray all;
+    for (const QString &name : directory.entryList({pattern})) {
+        QFile file(directory.filePath(name));
+        all += file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    return QString::fromUtf8(all);
 }
 
 } // namespace
@@ -37,154 +48,158 @@ private Q_SLOTS:
     void cleanupTestCase() { QVERIFY(m_emulator.stop()); }
     void init() { QVERIFY(!m_emulator.devPost("reset").isUndefined()); }
 
-    void registers_data();
-    void registers();
-    void numbersOfTwoAreasAreTwoUsers();
-    void supplies_data();
-    void supplies();
+    void believesCodes_data();
+    void believesCodes();
+    void supplyNeedsNoContact();
+    void servesPages_data();
+    void servesPages();
+    void servesNothingElse();
+    void textsAreComplete();
 
 private:
-    Reply post(const QByteArray &path, const QJsonObject &body, const QByteArray &token = {});
-    QJsonObject sentCode(const QString &purpose, const QString &userName, const QString &phoneArea);
-    QJsonObject logIn(const QString &userName, const QString &phoneArea, const QString &password);
+    EmulatorProcess::HttpReply post(const QString &path, const QJsonObject &body,
+                                    const QString &token = {})
+    {
+        return m_emulator.http("POST", "/v1/user/" + path.toLatin1(), QJsonDocument(body).toJson(),
+                               {"X-Auth-Token: " + token.toLatin1()});
+    }
+    QJsonObject logIn(const QJsonObject &user, const QString &password)
+    {
+        const QJsonObject rest{{"password", password}, {"loginType", "VelqorPassPort"}};
+        return post("login", merged(user, rest)).json().value("result").toObject();
+    }
+    QJsonObject withCode(const QString &purpose, const QJsonObject &user)
+    {
+        const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
+        m_emulator.http("GET", "/v1/captcha/" + id.toLatin1() + "?p=" + purpose.toLatin1());
+        const QJsonObject fields =
+            merged(user, {{"captcha", m_emulator.captchaAnswer(id)}, {"uuid", purpose + "-" + id}});
+        const bool sent =
+            word(post("code", merged(fields, {{"lang", ""}, {"source", ""}}))) == "ok";
+        return merged(fields, {{"validCode", sent ? m_emulator.latestCode() : QString()}});
+    }
 
     EmulatorProcess m_emulator;
 };
 
-Reply WebPagesTest::post(const QByteArray &path, const QJsonObject &body, const QByteArray &token)
+void WebPagesTest::believesCodes_data()
 {
-    return m_emulator.http("POST", "/v1/user/" + path, QJsonDocument(body).toJson(),
-                           {"X-Auth-Token: " + token});
-}
-
-QJsonObject WebPagesTest::sentCode(const QString &purpose, const QString &userName,
-                                   const QString &phoneArea)
-{
-    const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
-    m_emulator.http("GET", "/v1/captcha/" + id.toLatin1() + "?p=" + purpose.toLatin1());
-    QJsonObject fields{{"captcha", m_emulator.captchaAnswer(id)},
-                       {"uuid", purpose + "-" + id},
-                       {"username", userName},
-                       {"phoneArea", phoneArea},
-                       {"lang", "en"},
-                       {"source", "web"}};
-    if (word(post("code", fields)) == "ok")
-        fields.insert("validCode", m_emulator.latestCode());
-    else
-        fields.insert("validCode", "");
-    return fields;
-}
-
-QJsonObject WebPagesTest::logIn(const QString &userName, const QString &phoneArea,
-                                const QString &password)
-{
-    return post("login", {{"username", userName},
-                          {"password", password},
-                          {"phoneArea", phoneArea},
-                          {"loginType", "VelqorPassPort"}})
-        .json()
-        .value("result")
-        .toObject();
-}
-
-void WebPagesTest::registers_data()
-{
-    QTest::addColumn<QString>("userName");
-    QTest::addColumn<QString>("phoneArea");
-    QTest::addColumn<QJsonObject>("changes");
-    QTest::addColumn<QString>("expected"); // a word, or a part of a sentence
-    const auto row = [](const char *name, const char *userName, const char *phoneArea,
-                        const QJsonObject &changes, const char *expected) {
-        QTest::newRow(name) << QString(userName) << QString(phoneArea) << changes
-                            << QString(expected);
+    QTest::addColumn<QString>("request");
+    QTest::addColumn<QJsonObject>("user");
+    QTest::addColumn<QJsonObject>("changes"); // after the code has been sent
+    QTest::addColumn<QString>("expected");    // a word, or a part of a sentence
+    const auto row = [](const char *request, const char *contact, const char *area,
+                        const char *expected, const QJsonObject &changes = {}) {
+        QTest::addRow("%s %s%s %s", request, area, contact, expected)
+            << request << QJsonObject{{"username", contact}, {"phoneArea", area}} << changes
+            << expected;
     };
     const char *mail = "new@example.com";
-    row("e-mail", mail, "", {}, "ok");
-    row("phone", "17000000009", "49", {}, "ok");
-    row("phone without area", "17000000009", "", {}, "\"phoneArea\" must be");
-    row("name where no code can go", "newcomer", "", {}, "\"username\" must be");
-    row("known e-mail", "ada@example.com", "", {}, "existErr");
-    row("known phone", "13800000001", "86", {}, "existErr");
-    row("password short", mail, "", {{"password", "12345"}}, "pwdTooShort");
-    row("captcha other", mail, "", {{"captcha", "?"}}, "captchaErr");
-    row("code for another", mail, "", {{"username", "else@example.com"}}, "codeErr");
-    row("code wrong", mail, "", {{"validCode", "x"}}, "codeErr");
+    for (const char *request : {"register", "supply"}) {
+        row(request, mail, "", "ok");
+        row(request, "17000000009", "49", "ok");
+        row(request, "13800000001", "49", "ok"); // known in another area
+        row(request, "13800000001", "86", "existErr");
+        row(request, "ada@example.com", "", "existErr");
+        row(request, "17000000009", "", "\"phoneArea\" must be");
+        row(request, "newcomer", "", "\"username\" must be");
+        row(request, mail, "", "captchaErr", {{"captcha", "?"}});
+        row(request, mail, "", "codeErr", {{"validCode", "?"}});
+        row(request, mail, "1", "codeErr", {{"username", "else@example.com"}});
+    }
+    row("register", mail, "", "pwdTooShort", {{"password", "12345"}});
+    row("supply", mail, "", "\"companyType\" must not", {{"companyType", " "}});
+    row("supply", "carol@example.com", "", "ok"); // her own
 }
 
-void WebPagesTest::registers()
+void WebPagesTest::believesCodes()
 {
-    QFETCH(QString, userName);
-    QFETCH(QString, phoneArea);
+    QFETCH(QString, request);
+    QFETCH(QJsonObject, user);
     QFETCH(QJsonObject, changes);
     QFETCH(QString, expected);
+    const bool supply = request == "supply";
+    const QString password = supply ? carolsPassword : "secret 1";
+    const QString token = logIn(carol, carolsPassword).value("token").toString();
     const QJsonObject fields =
-        merged(sentCode("register", userName, phoneArea), {{"password", "secret 1"}});
-    const Reply reply = post("register", merged(fields, changes));
+        merged(merged(withCode(request, user), company), {{"password", password}});
+    const auto reply = post(request, merged(fields, changes), token);
     QVERIFY2(word(reply).contains(expected), reply.body);
     QCOMPARE(reply.code, expected.contains(' ') ? 400 : 200);
-    if (!changes.isEmpty()) // nothing is spent by what was denied
-        QCOMPARE(word(post("register", fields)), "ok");
-    const bool registered = !changes.isEmpty() || expected == "ok";
-    const QJsonObject record = logIn(userName, phoneArea, "secret 1");
-    QCOMPARE(record.isEmpty(), !registered);
-    if (!registered)
+    if (!changes.isEmpty()) // what was denied has not spent the code
+        QCOMPARE(word(post(request, fields, token)), "ok");
+    const QJsonObject record = logIn(user, password);
+    QCOMPARE(record.isEmpty(), changes.isEmpty() && expected != "ok");
+    if (record.isEmpty())
         return;
-    QCOMPARE(record.value(phoneArea.isEmpty() ? "email" : "phone").toString(), userName);
-    QCOMPARE(record.value("phone_area").toString(), phoneArea);
-    QCOMPARE(record.value("nick_name"), QJsonValue(""));
-    QCOMPARE(word(post("register", fields)), "existErr");
+    const QJsonArray contacts{record.value("email"), record.value("phone")};
+    QVERIFY(contacts.contains(user.value("username")));
+    QCOMPARE(record.value("companyName").toString(), supply ? "Lab" : "");
+    QCOMPARE(word(post(request, fields, token)), supply ? "codeExpired" : "existErr");
 }
 
-void WebPagesTest::numbersOfTwoAreasAreTwoUsers()
+void WebPagesTest::supplyNeedsNoContact()
 {
-    const QJsonObject password{{"password", "secret 1"}};
-    const QString number = "13800000001"; // Ada's in the area 86
-    QCOMPARE(word(post("register", merged(sentCode("register", number, "49"), password))), "ok");
-    QCOMPARE(logIn(number, "86", "correct horse 1").value("user_id"), QJsonValue("10001"));
-    QCOMPARE(logIn(number, "49", "secret 1").value("user_id"), QJsonValue("10005"));
+    const QString token = logIn(carol, carolsPassword).value("token").toString();
+    QCOMPARE(word(post("supply", company, "nobody's")), "authErr");
+    QCOMPARE(post("supply", merged(company, {{"username", "a@b"}}), token).code, 400);
+    QCOMPARE(word(post("supply", company, token)), "ok");
+    QCOMPARE(logIn(carol, carolsPassword).value("companyPurpose").toString(), "work");
 }
 
-void WebPagesTest::supplies_data()
+void WebPagesTest::servesPages_data()
 {
-    QTest::addColumn<QString>("contact");
-    QTest::addColumn<QString>("phoneArea");
-    QTest::addColumn<QJsonObject>("changes");
-    QTest::addColumn<QString>("expected");
-    const auto row = [](const char *name, const char *contact, const char *phoneArea,
-                        const QJsonObject &changes, const char *expected) {
-        QTest::newRow(name) << QString(contact) << QString(phoneArea) << changes
-                            << QString(expected);
+    QTest::addColumn<QByteArray>("page");
+    for (const char *page :
+         {"sign-in", "sign-up", "forgotten-password", "add-information", "privacy"})
+        QTest::newRow(page) << QByteArray(page);
+}
+
+void WebPagesTest::servesPages()
+{
+    QFETCH(QByteArray, page);
+    const auto get = [&](const QByteArray &query, const QByteArray &language) {
+        return m_emulator.http("GET", "/web/" + page + "?oem={{close}}%3Ci>" + query, {},
+                               {"Accept-Language: " + language});
     };
-    row("company alone", "", "", {}, "ok");
-    row("e-mail", "carol@lab.example", "", {}, "ok");
-    row("phone", "17000000009", "49", {}, "ok");
-    row("contact kept", "2025550104", "1", {}, "ok");
-    row("contact of another", "ada@example.com", "", {}, "existErr");
-    row("captcha other", "carol@lab.example", "", {{"captcha", "?"}}, "captchaErr");
-    row("code wrong", "carol@lab.example", "", {{"validCode", "x"}}, "codeErr");
-    row("blank field", "", "", {{"companyType", " "}}, "\"companyType\" must not be blank");
-    row("half a contact", "", "", {{"username", "carol@lab.example"}}, "\"phoneArea\" is missing");
+    const auto english = get("", "de-DE,en;q=0.5");
+    const auto chinese = get("&lang=zh-cn", "en");
+    QVERIFY2(english.head.contains("Content-Security-Policy: default-src 'self';"), english.head);
+    QVERIFY2(english.head.contains("Content-Type: text/html; charset=utf-8"), english.head);
+    QVERIFY(english.body.contains("<html lang=\"en\">") && english.body.contains("?lang=zh-cn"));
+    QVERIFY(chinese.body.contains("<html lang=\"zh-CN\">") && chinese.body.contains("?lang=en"));
+    QCOMPARE(get("", "fr, zh-TW").body.count("zh-CN"), chinese.body.count("zh-CN"));
+    QCOMPARE(get("&lang=en", "zh").body, get("&lang=en", "fr").body);
+    const int openings = page == "privacy" ? 2 : 0; // what the caller wrote, as it is
+    QCOMPARE((english.body + chinese.body).count("{{"), openings);
+    QCOMPARE((english.body + chinese.body).count("{{close}}&lt;i&gt;"), openings);
+    QCOMPARE(m_emulator.requests(), QJsonArray());
 }
 
-void WebPagesTest::supplies()
+void WebPagesTest::servesNothingElse()
 {
-    QFETCH(QString, contact);
-    QFETCH(QString, phoneArea);
-    QFETCH(QJsonObject, changes);
-    QFETCH(QString, expected);
-    const QByteArray token =
-        logIn("carol@example.com", "", "correct horse 4").value("token").toString().toLatin1();
-    const QJsonObject fields =
-        merged(contact.isEmpty() ? QJsonObject() : sentCode("supply", contact, phoneArea), company);
-    QCOMPARE(word(post("supply", fields, "nobody's")), "authErr");
-    const Reply reply = post("supply", merged(fields, changes), token);
-    QVERIFY2(word(reply).contains(expected), reply.body);
-    const QJsonObject record =
-        post("info?userID=10004", {}, token).json().value("result").toObject();
-    const bool done = expected == "ok";
-    for (auto it = company.begin(); it != company.end(); ++it)
-        QCOMPARE(record.value(it.key()), done ? it.value() : QJsonValue(QJsonValue::Undefined));
-    QCOMPARE(logIn(contact, phoneArea, "correct horse 4").isEmpty(), !done || contact.isEmpty());
+    QVERIFY(m_emulator.http("GET", "/web/page.css").head.contains("text/css"));
+    QVERIFY(m_emulator.http("GET", "/web/page.js").head.contains("text/javascript"));
+    for (const QByteArray path : {"", "nothing", "texts.tsv", "parts/head", "../seed", "a/page.js"})
+        QCOMPARE(m_emulator.http("GET", "/web/" + path).code, 404);
+}
+
+void WebPagesTest::textsAreComplete()
+{
+    const QDir web = QFileInfo(QFINDTESTDATA("../../emulator/web/texts.tsv")).dir();
+    const QString html = readAll(web, "*.html") + readAll(web.filePath("parts"), "*.html");
+    for (const QString &line : readAll(web, "texts.tsv").trimmed().split('\n').mid(1)) {
+        const QStringList columns = line.split('\t');
+        QVERIFY2(columns.size() == 3 && !columns.contains(QString()), qPrintable(line));
+        QVERIFY2(html.contains("{{" + columns.first() + "}}"), qPrintable(line));
+    }
+    static const QRegularExpression denial("Denial\\(QStringLiteral\\(\"(\\w+)\"");
+    auto words = denial.globalMatch(readAll(web.filePath(".."), "*.cpp"));
+    QVERIFY(words.hasNext());
+    while (words.hasNext()) {
+        const QString word = words.next().captured(1);
+        QVERIFY2(html.contains("data-word=\"" + word + "\""), qPrintable(word));
+    }
 }
 
 QTEST_GUILESS_MAIN(WebPagesTest)
