@@ -10,7 +10,6 @@ namespace {
 
 const QString perms = QStringLiteral("perms");
 const QString oems = QStringLiteral("oems");
-constexpr int minimumPasswordLength = 6;
 
 QJsonObject accountRecord(const Account &account, const QString &token)
 {
@@ -67,7 +66,7 @@ Answer AccountService::logInByCode(const Request &request)
     const QString phoneArea = body.text(QStringLiteral("phoneArea"));
     requireLoginType(body);
     const Account account = findOpen(userName, phoneArea);
-    m_codes.redeem(account, QStringLiteral("login"), request.json());
+    m_codes.redeem(QStringLiteral("login"), request.json());
     return startSession(account, request);
 }
 
@@ -93,7 +92,7 @@ Answer AccountService::resetPassword(const Request &request)
     const Account account = findOpen(userName, phoneArea);
     if (password.size() < minimumPasswordLength)
         throw Denial(QStringLiteral("pwdTooShort")); // the code can still be used
-    m_codes.redeem(account, QStringLiteral("bpwd"), request.json());
+    m_codes.redeem(QStringLiteral("bpwd"), request.json());
     m_store.setPassword(account.userId, hashPassword(password));
     return okAnswer(QJsonObject());
 }

@@ -15,11 +15,11 @@ constexpr int maximumWrongTries = 5;
 const QString registering = QStringLiteral("register");
 const QString supplying = QStringLiteral("supply");
 
-// Registered users are one owner under all their names, others one for each name.
-QString ownerName(const std::optional<Account> &account, const QString &userName,
-                  const QString &phoneArea)
+// A code proves an account, which is one owner under all its names, or a contact that is to become
+// part of one.
+bool provesContact(const QString &purpose)
 {
-    return account ? QString::number(account->userId) : phoneArea + QLatin1Char(' ') + userName;
+    return purpose == registering || purpose == supplying;
 }
 
 QString timeText(qint64 time)
@@ -62,7 +62,7 @@ Answer CodeService::send(const Request &request)
 
     const std::optional<Account> account = m_store.find(code.userName, code.phoneArea);
     requireSendable(account, link.purpose);
-    code.owner = ownerName(account, code.userName, code.phoneArea);
+    code.owner = ownerOf(code.userName, code.phoneArea, code.purpose);
     const std::optional<VerificationCode> latest =
         m_challenges.latestCode(code.owner, code.purpose);
     if (latest && code.sentAt < latest->sentAt + m_settings.codeIntervalSeconds() * 1000LL)
@@ -83,9 +83,16 @@ void CodeService::requireSendable(const std::optional<Account> &account,
         throw Denial(QStringLiteral("illegalErr"));
     if (account && purpose == registering)
         throw Denial(QStringLiteral("existErr"));
-    // Whoever registers has no account yet, and whoever supplies a phone or an e-mail a new one.
-    if (!account && purpose != registering && purpose != supplying)
+    if (!account && !provesContact(purpose))
         throw Denial(QStringLiteral("notExistErr"));
+}
+
+QString CodeService::ownerOf(const QString &userName, const QString &phoneArea,
+                             const QString &purpose) const
+{
+    const std::optional<Account> account = m_store.find(userName, phoneArea);
+    return account && !provesContact(purpose) ? QString::number(account->userId)
+                                              : phoneArea + QLatin1Char(' ') + userName;
 }
 
 VerificationCode CodeService::newCode(const QJsonObject &body, const CaptchaLink &link) const
@@ -129,14 +136,16 @@ Answer CodeService::inbox(const Request &request) const
 
 // The order matters: who does not hold the captcha learns nothing about the code and cannot use up
 // its tries.
-void CodeService::redeem(const Account &account, const QString &purpose, const QJsonObject &body)
+void CodeService::redeem(const QString &purpose, const QJsonObject &body)
 {
     const Fields fields(body);
+    const QString userName = fields.text(QStringLiteral("username"));
+    const QString phoneArea = fields.text(QStringLiteral("phoneArea"));
     const CaptchaLink link = CaptchaLink::parse(fields.text(QStringLiteral("uuid")));
     const QString captcha = fields.text(QStringLiteral("captcha"));
     const QString given = fields.text(QStringLiteral("validCode"));
     const std::optional<VerificationCode> code =
-        m_challenges.latestCode(QString::number(account.userId), purpose);
+        m_challenges.latestCode(ownerOf(userName, phoneArea, purpose), purpose);
     if (!code)
         throw Denial(QStringLiteral("codeErr"));
     if (link.purpose != purpose || link.captchaId != code->captchaId ||

@@ -25,12 +25,15 @@ public:
     /// number, wait: milliseconds to wait for one.
     Answer inbox(const Request &request) const;
 
-    /// Spends the account's code for this purpose. Throws Denial unless body.validCode is the code,
-    /// body.uuid and body.captcha are what it was sent for, and it is good.
-    void redeem(const Account &account, const QString &purpose, const QJsonObject &body);
+    /// Spends the latest code of body.username in body.phoneArea for this purpose. Throws Denial
+    /// unless body.validCode is the code, body.uuid and body.captcha are what it was sent for, and
+    /// it is good.
+    void redeem(const QString &purpose, const QJsonObject &body);
 
 private:
     void requireSendable(const std::optional<Account> &account, const QString &purpose) const;
+    QString ownerOf(const QString &userName, const QString &phoneArea,
+                    const QString &purpose) const;
     VerificationCode newCode(const QJsonObject &body, const CaptchaLink &link) const;
 
     Store &m_store;

@@ -74,9 +74,11 @@ Emulator::Emulator(Store &store, const Seed &seed)
     , m_captchas(m_challenges)
     , m_codes(store, m_challenges, m_captchas, m_settings)
     , m_accounts(store, m_captchas, m_codes)
+    , m_registrations(store, m_codes)
     , m_countries(m_settings)
     , m_apiRoutes(apiRoutes())
     , m_developerRoutes(developerRoutes())
+    , m_webRoutes(webRoutes())
 {
     QStringList names;
     for (const Route &route : m_apiRoutes)
@@ -103,6 +105,10 @@ std::vector<Emulator::Route> Emulator::apiRoutes()
               [this](auto &r) { return m_accounts.checkExistence(r); }),
         route("rbpwd", post, "/user/reset-password",
               [this](auto &r) { return m_accounts.resetPassword(r); }),
+        route("registerUser", post, "/user/register",
+              [this](auto &r) { return m_registrations.registerUser(r); }),
+        route("supplyInfo", post, "/user/supply",
+              [this](auto &r) { return m_registrations.supplyInfo(r); }),
         route("fetchCountries", get, "/countries", [this](auto &) { return m_countries.list(); }),
         route("ipCountry", get, "/ip-country", [this](auto &) { return m_countries.current(); }),
         route("getOEMPrivacyColorInfoByType", get, "/privacy/",
@@ -138,14 +144,17 @@ std::vector<Emulator::Route> Emulator::developerRoutes()
     };
 }
 
+std::vector<Emulator::Route> Emulator::webRoutes()
+{
+    return {Route{{}, get, QStringLiteral("/web/"), [this](auto &r) { return m_pages.answer(r); }}};
+}
+
 Answer Emulator::answer(const Request &request)
 {
     try {
         requireLocalCaller(request);
         Transaction transaction(m_store.database());
-        Answer answer = request.path.startsWith(QLatin1String("/_dev/"))
-                            ? findRoute(m_developerRoutes, request).function(request)
-                            : answerApi(request);
+        Answer answer = answerByPath(request);
         transaction.commit();
         printLine(answer.consoleLine);
         return answer;
@@ -154,6 +163,15 @@ Answer Emulator::answer(const Request &request)
     } catch (const StoreError &error) {
         return failAnswer(QString::fromUtf8(error.what()), 500);
     }
+}
+
+Answer Emulator::answerByPath(const Request &request)
+{
+    if (request.path.startsWith(QLatin1String("/_dev/")))
+        return findRoute(m_developerRoutes, request).function(request);
+    if (request.path.startsWith(QLatin1String("/web/")))
+        return findRoute(m_webRoutes, request).function(request);
+    return answerApi(request);
 }
 
 Answer Emulator::answerByRules(const Route &route, const Request &request)

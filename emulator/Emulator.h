@@ -7,16 +7,18 @@
 #include "CountryService.h"
 #include "Faults.h"
 #include "Message.h"
+#include "RegistrationService.h"
 #include "RequestLog.h"
 #include "Seed.h"
 #include "Settings.h"
 #include "Store.h"
+#include "WebPages.h"
 
 #include <functional>
 #include <vector>
 
-/// The account cloud: finds the function that answers a request, under /v1 for the account API and
-/// under /_dev/ for the developer who watches and disturbs it.
+/// The account cloud: finds the function that answers a request, under /v1 for the account API,
+/// under /web/ for its pages and under /_dev/ for the developer who watches and disturbs the API.
 ///
 /// Used from the store's thread. Every request gets an answer, a bad one an HTTP code of 400 or
 /// above and a sentence. What a request changes is one transaction, on the disk before the answer.
@@ -38,6 +40,8 @@ private:
 
     std::vector<Route> apiRoutes();
     std::vector<Route> developerRoutes();
+    std::vector<Route> webRoutes();
+    Answer answerByPath(const Request &request);
     Answer answerApi(const Request &request);
     static Answer answerByRules(const Route &route, const Request &request);
     Answer status() const;
@@ -52,9 +56,12 @@ private:
     CaptchaService m_captchas;
     CodeService m_codes;
     AccountService m_accounts;
+    RegistrationService m_registrations;
     CountryService m_countries;
+    WebPages m_pages;
     Faults m_faults;
     RequestLog m_log;
     std::vector<Route> m_apiRoutes;
     std::vector<Route> m_developerRoutes;
+    std::vector<Route> m_webRoutes;
 };

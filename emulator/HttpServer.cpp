@@ -297,13 +297,14 @@ void HttpServer::deliver(const Answer &answer, const httplib::Request &raw,
         drop(raw, m_port, answer);
 
     const std::string body = answer.body.toStdString();
+    const std::string contentType = answer.contentType.toStdString();
     const bool whole = delivery.manner == Manner::Whole || delivery.manner == Manner::Drop;
     if (whole || body.empty()) {
-        response.set_content(body, "application/json");
+        response.set_content(body, contentType);
         return;
     }
     response.set_content_provider(
-        body.size(), "application/json",
+        body.size(), contentType,
         [this, body, delivery](std::size_t offset, std::size_t, httplib::DataSink &sink) {
             if (delivery.manner == Manner::HalfBody) {
                 sink.write(body.data(), body.size() / 2);

@@ -53,6 +53,7 @@ struct Answer
 {
     int code = 200;
     QByteArray body;
+    QByteArray contentType = "application/json";
     QVector<QPair<QByteArray, QByteArray>> headers; ///< besides Content-Type and Content-Length
     Delivery delivery;
     /// Not zero when a better answer may come: the request is answered anew after others have been,

@@ -3,6 +3,18 @@
 #include <QtCore/QFile>
 #include <QtCore/QStringList>
 
+namespace {
+
+QString privacyDocument(const QString &oem, bool chinese)
+{
+    QFile file(chinese ? QStringLiteral(":/privacy-zh-cn.html")
+                       : QStringLiteral(":/privacy-en.html"));
+    file.open(QIODevice::ReadOnly);
+    return QString::fromUtf8(file.readAll()).arg(oem.toHtmlEscaped());
+}
+
+} // namespace
+
 Answer privacyPage(const Request &request)
 {
     QStringList segments = request.path.split(QLatin1Char('/')).mid(3); // after "/v1/privacy"
@@ -18,8 +30,11 @@ Answer privacyPage(const Request &request)
         throw Refusal(
             404, QStringLiteral("there is no text \"%1\", there is \"privacy\" alone").arg(target));
     }
-    QFile file(language.contains(QLatin1String("zh-cn")) ? QStringLiteral(":/privacy-zh-cn.html")
-                                                         : QStringLiteral(":/privacy-en.html"));
-    file.open(QIODevice::ReadOnly);
-    return okAnswer(QString::fromUtf8(file.readAll()).arg(oem.toHtmlEscaped()));
+    return okAnswer(privacyDocument(oem, language.contains(QLatin1String("zh-cn"))));
+}
+
+QString privacyText(const QString &oem, bool chinese)
+{
+    const QString body = privacyDocument(oem, chinese).section(QStringLiteral("<body>"), 1);
+    return body.section(QStringLiteral("</body>"), 0, 0);
 }

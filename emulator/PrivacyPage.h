@@ -8,3 +8,6 @@
 /// stands in the page. Languages that contain "zh-cn" get Chinese, all others English. The one
 /// target is "privacy"; the type is of no matter, clients send a literal "%4" for it.
 Answer privacyPage(const Request &request);
+
+/// What stands in the body of that page.
+QString privacyText(const QString &oem, bool chinese);

@@ -8,6 +8,9 @@ QString newToken();
 /// What a store keeps of a token: of no use to a reader of its file.
 QString hashToken(const QString &token);
 
+/// In characters; the rules deny a new password that is shorter.
+constexpr int minimumPasswordLength = 6;
+
 /// A salted hash of a password in a text form that carries its own parameters:
 /// "pbkdf2-sha256$iterations$salt$hash" (RFC 8018), salt and hash in base64.
 QString hashPassword(const QString &password);

@@ -82,9 +82,8 @@ Seed::Entry Seed::readEntry(const QJsonObject &object)
 
     QJsonObject &profile = entry.account.profile;
     for (const QString &key : texts) {
-        // An account without company fields is answered without them, all other texts are there.
-        if (fields.has(key) || !key.startsWith(QLatin1String("company")))
-            profile.insert(key, fields.text(key, QLatin1String("")));
+        if (fields.has(key)) // an account without company fields is answered without them
+            profile.insert(key, fields.text(key));
     }
     profile.insert(orders, fields.flag(orders, false));
     profile.insert(oems, QJsonArray::fromStringList(fields.texts(oems)));

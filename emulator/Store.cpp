@@ -3,6 +3,7 @@
 #include "Challenges.h"
 #include "Settings.h"
 
+#include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QStringList>
 #include <QtCore/QVariant>
@@ -57,20 +58,40 @@ std::optional<Account> readOne(QSqlQuery query)
     return readAccount(query);
 }
 
+QString profileText(const Account &account)
+{
+    return QString::fromUtf8(QJsonDocument(account.profile).toJson(QJsonDocument::Compact));
+}
+
+qint64 insertAccount(const Database &database, const Account &account)
+{
+    QSqlQuery added = database.run(
+        QStringLiteral("INSERT INTO account (user_id, user_name, password, email, phone,"
+                       " phone_area, locked, note, profile)"
+                       " VALUES ((SELECT COALESCE(MAX(user_id), 10000) + 1 FROM account),"
+                       "?,?,?,?,?,?,?,?)"),
+        {account.userName, account.passwordHash, account.email, account.phone, account.phoneArea,
+         account.locked, account.note, profileText(account)});
+    return added.lastInsertId().toLongLong();
+}
+
 void insertAccounts(const Database &database, const Store::Accounts &accounts)
 {
-    qint64 userId = 10000;
-    for (const Account &account : accounts) {
-        const QByteArray profile = QJsonDocument(account.profile).toJson(QJsonDocument::Compact);
-        database.run(
-            QStringLiteral("INSERT INTO account (user_id, user_name, password, email, phone,"
-                           " phone_area, locked, note, profile) VALUES (?,?,?,?,?,?,?,?,?)"),
-            {++userId, account.userName, account.passwordHash, account.email, account.phone,
-             account.phoneArea, account.locked, account.note, QString::fromUtf8(profile)});
-    }
+    for (const Account &account : accounts)
+        insertAccount(database, account);
 }
 
 } // namespace
+
+QJsonObject emptyProfile()
+{
+    QJsonObject profile{{QStringLiteral("defaultDentalOrderReceive"), false},
+                        {QStringLiteral("oems"), QJsonArray()},
+                        {QStringLiteral("perms"), QJsonArray()}};
+    for (const char *key : {"country", "factory_objs", "nick_name"})
+        profile.insert(QLatin1String(key), QLatin1String(""));
+    return profile;
+}
 
 Store::Store(const QString &path, const std::function<Accounts()> &firstAccounts)
     : m_database(path, schema(),
@@ -110,6 +131,19 @@ std::optional<Account> Store::accountOfSession(const QString &tokenHash) const
         selectAccount + QStringLiteral("JOIN session ON session.user_id = account.user_id"
                                        " WHERE token_hash = ?"),
         {tokenHash}));
+}
+
+qint64 Store::add(const Account &account)
+{
+    return insertAccount(m_database, account);
+}
+
+void Store::update(const Account &account)
+{
+    m_database.run(
+        QStringLiteral("UPDATE account SET email = ?, phone = ?, phone_area = ?,"
+                       " profile = ? WHERE user_id = ?"),
+        {account.email, account.phone, account.phoneArea, profileText(account), account.userId});
 }
 
 void Store::addSession(const QString &tokenHash, qint64 userId, const QString &at,

@@ -9,6 +9,9 @@
 #include <optional>
 #include <vector>
 
+/// The further members that every account record has: empty texts and lists, and false.
+QJsonObject emptyProfile();
+
 /// An account as it is kept. Times are ISO 8601 in UTC; an empty text means that there is none.
 struct Account
 {
@@ -19,8 +22,8 @@ struct Account
     QString phone;
     QString phoneArea;
     bool locked = false;
-    QString note;        ///< what the account is for; shown at the start
-    QJsonObject profile; ///< further members of the account record, as they are answered
+    QString note;                         ///< what the account is for; shown at the start
+    QJsonObject profile = emptyProfile(); ///< further members of the account record, as answered
     QString previousLoginAt;
     QString previousLoginIp;
 };
@@ -48,6 +51,10 @@ public:
     std::optional<Account> find(const QString &name, const QString &phoneArea) const;
     std::optional<Account> accountOfSession(const QString &tokenHash) const;
 
+    /// Adds an account, whose number is ignored; returns the one that it got.
+    qint64 add(const Account &account);
+    /// Replaces the e-mail, the phone and the profile of the account with this number.
+    void update(const Account &account);
     /// Adds a session and notes the login. What was the latest login becomes the previous one.
     void addSession(const QString &tokenHash, qint64 userId, const QString &at, const QString &ip);
     /// Replaces the password and ends the sessions that the old one opened.

@@ -86,19 +86,19 @@ Options readOptions(const QCoreApplication &application)
     return options;
 }
 
-QString baseAddress(const QHostAddress &host, int port)
+QString origin(const QHostAddress &host, int port)
 {
     const bool bracketed = host.protocol() == QAbstractSocket::IPv6Protocol;
-    return (bracketed ? QStringLiteral("http://[%1]:%2/v1") : QStringLiteral("http://%1:%2/v1"))
+    return (bracketed ? QStringLiteral("http://[%1]:%2") : QStringLiteral("http://%1:%2"))
         .arg(host.toString())
         .arg(port);
 }
 
-void announce(const QString &address, const Store::Accounts &accounts)
+void announce(const QString &address, const QString &pages, const Store::Accounts &accounts)
 {
     QTextStream out(stdout);
     out.setCodec("UTF-8");
-    out << "passport-emulator: " << address << "\n\n";
+    out << "passport-emulator: " << address << "\nweb pages: " << pages << "\n\n";
     const auto row = [&](const QString &name, const QString &area, const QString &note) {
         out << "  " << name.leftJustified(24) << area.leftJustified(8) << note << '\n';
     };
@@ -136,8 +136,9 @@ void serve(const Options &options)
                                        .arg(options.host.toString())
                                        .arg(options.port)};
     }
-    const QString address = baseAddress(options.host, port);
-    announce(address, store.accounts());
+    const QString address = origin(options.host, port) + QStringLiteral("/v1");
+    announce(address, origin(options.host, port) + QStringLiteral("/web/sign-in"),
+             store.accounts());
     if (!options.readyFile.isEmpty())
         writeReadyFile(options.readyFile, address);
     QCoreApplication::exec();

@@ -1,0 +1,123 @@
+#include "RegistrationService.h"
+
+#include "Fields.h"
+#include "Secrets.h"
+
+#include <QtCore/QRegularExpression>
+
+#include <algorithm>
+
+namespace {
+
+// Where a code can be sent, read from what the body names as the user.
+struct Contact
+{
+    QString name;
+    QString phoneArea; ///< empty for an e-mail address
+
+    bool isPhone() const { return !phoneArea.isEmpty(); }
+};
+
+bool isNumber(const QString &text)
+{
+    static const QRegularExpression digits(
+        QRegularExpression::anchoredPattern(QStringLiteral("[0-9]+")));
+    return digits.match(text).hasMatch();
+}
+
+Contact readContact(const Fields &body)
+{
+    const QString name = body.text(QStringLiteral("username"));
+    const QString phoneArea = body.text(QStringLiteral("phoneArea"));
+    if (name.contains(QLatin1Char('@')))
+        return {name, QString()};
+    if (!isNumber(name)) {
+        throw Refusal(400, QStringLiteral("field \"username\" must be an e-mail address or a phone"
+                                          " number of digits alone"));
+    }
+    if (!isNumber(phoneArea)) {
+        throw Refusal(400, QStringLiteral("field \"phoneArea\" must be the digits of a calling code"
+                                          " where \"username\" is a phone number"));
+    }
+    return {name, phoneArea};
+}
+
+void setContact(Account &account, const Contact &contact)
+{
+    if (contact.isPhone()) {
+        account.phone = contact.name;
+        account.phoneArea = contact.phoneArea;
+    } else {
+        account.email = contact.name;
+    }
+}
+
+// The same number exists in several areas, a user name only once.
+Account newAccount(const Contact &contact, const QString &password)
+{
+    Account account;
+    account.userName = contact.isPhone()
+                           ? QStringLiteral("+%1 %2").arg(contact.phoneArea, contact.name)
+                           : contact.name;
+    account.passwordHash = hashPassword(password);
+    account.note = QStringLiteral("registered");
+    setContact(account, contact);
+    return account;
+}
+
+QString filledText(const Fields &body, const QString &key)
+{
+    const QString text = body.text(key);
+    if (text.trimmed().isEmpty())
+        throw Refusal(400, QStringLiteral("field \"%1\" must not be blank").arg(key));
+    return text;
+}
+
+bool namesContact(const Fields &body)
+{
+    const char *keys[] = {"username", "phoneArea", "captcha", "uuid", "validCode"};
+    return std::any_of(std::begin(keys), std::end(keys),
+                       [&](const char *key) { return body.has(QLatin1String(key)); });
+}
+
+} // namespace
+
+Answer RegistrationService::registerUser(const Request &request)
+{
+    const Fields body(request.json());
+    const Contact contact = readContact(body);
+    const QString password = body.text(QStringLiteral("password"));
+    const Account account = newAccount(contact, password);
+    if (m_store.find(contact.name, contact.phoneArea) || m_store.find(account.userName, {}))
+        throw Denial(QStringLiteral("existErr"));
+    if (password.size() < minimumPasswordLength)
+        throw Denial(QStringLiteral("pwdTooShort")); // the code can still be used
+    m_codes.redeem(QStringLiteral("register"), request.json());
+    const QString userId = QString::number(m_store.add(account));
+    return okAnswer(QJsonObject{{QStringLiteral("user_id"), userId}});
+}
+
+Answer RegistrationService::supplyInfo(const Request &request)
+{
+    const Fields body(request.json());
+    QJsonObject company;
+    for (const char *key : {"companyName", "companyType", "companyPurpose"})
+        company.insert(QLatin1String(key), filledText(body, QLatin1String(key)));
+    const std::optional<Contact> contact =
+        namesContact(body) ? std::make_optional(readContact(body)) : std::nullopt;
+    const QString token = request.headerValues(QStringLiteral("X-Auth-Token")).value(0);
+    std::optional<Account> account = m_store.accountOfSession(hashToken(token));
+    if (!account)
+        throw Denial(QStringLiteral("authErr"));
+    if (contact) {
+        const std::optional<Account> owner = m_store.find(contact->name, contact->phoneArea);
+        if (owner && owner->userId != account->userId)
+            throw Denial(QStringLiteral("existErr"));
+        m_codes.redeem(QStringLiteral("supply"), request.json());
+        setContact(*account, *contact);
+    }
+    for (auto it = company.begin(); it != company.end(); ++it)
+        account->profile.insert(it.key(), it.value());
+    m_store.update(*account);
+    return okAnswer(QJsonObject());
+}
