@@ -67,7 +67,7 @@ Account newAccount(const Contact &contact, const QString &password)
 
 QString filledText(const Fields &body, const QString &key)
 {
-    const QString text = body.text(key);
+    QString text = body.text(key);
     if (text.trimmed().isEmpty())
         throw Refusal(400, QStringLiteral("field \"%1\" must not be blank").arg(key));
     return text;

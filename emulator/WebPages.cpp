@@ -5,6 +5,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
+#include <QtCore/QUrl>
 #include <QtCore/QUrlQuery>
 
 namespace {

@@ -1,4 +1,5 @@
-import { call, contact, element, Failure, filled, finish, serveForm, showFailure, tool } from './page.js';
+import { call, contact, element, Failure, filled, finish } from './page.js';
+import { serveForm, showFailure, tool } from './page.js';
 import { Verification } from './verification.js';
 
 const verification = new Verification('supply', contact);

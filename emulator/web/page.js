@@ -118,7 +118,8 @@ let busy = false;
 function setBusy(on) {
   busy = on;
   element('form').setAttribute('aria-busy', String(on));
-  for (const button of element('form').querySelectorAll('button:not(#cancel)')) button.disabled = on;
+  const buttons = element('form').querySelectorAll('button:not(#cancel)');
+  for (const button of buttons) button.disabled = on;
 }
 
 // Runs one action at a time and shows how it failed. A button that was pressed for it keeps the

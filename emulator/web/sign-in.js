@@ -1,4 +1,5 @@
-import { call, clearMessage, element, filled, finish, knownName, report, serveForm } from './page.js';
+import { call, clearMessage, element, filled, finish } from './page.js';
+import { knownName, report, serveForm } from './page.js';
 import { Verification } from './verification.js';
 
 const loginType = 'VelqorPassPort';
