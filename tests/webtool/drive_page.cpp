@@ -1,6 +1,8 @@
 #include <QtCore/QCoreApplication>
+#include <QtCore/QDir>
 #include <QtCore/QEventLoop>
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
@@ -14,15 +16,15 @@
 #include <cstdio>
 #include <stdexcept>
 
-// Fills in the page that a web tool shows, as a person at the keyboard would: through the browser
-// engine's remote debugging (Chrome DevTools Protocol), which the tool opens when the variable
-// QTWEBENGINE_REMOTE_DEBUGGING names a port.
+// Fills in the page that a web tool shows, through the browser engine's remote debugging (Chrome
+// DevTools Protocol), which the tool opens when QTWEBENGINE_REMOTE_DEBUGGING names a port.
 //
 //     drive-page PORT STEPS
 //
 // STEPS is a file with one step on a line: "wait SCRIPT" until it is true, "run SCRIPT", "type
-// TEXT", "type-result SCRIPT", "press Tab|Enter|Space", "print SCRIPT"; "#" begins a comment line.
-// A script is an expression of JavaScript, a promise is waited for.
+// TEXT" into the field that has the focus, "type-result SCRIPT", "include FILE" from the same
+// folder; "#" begins a comment. A script is an expression of JavaScript, a promise is waited for.
+// When a step fails the page is closed.
 
 namespace {
 
@@ -49,11 +51,12 @@ public:
 
     QJsonValue evaluate(const QString &script);
     void waitFor(const QString &script);
+    void close() { send("Page.close", {}); }
     void type(const QString &text) { call("Input.insertText", {{"text", text}}); }
-    void press(const QString &key);
 
 private:
     static QUrl find(quint16 port);
+    int send(const QString &method, const QJsonObject &parameters);
     QJsonObject call(const QString &method, const QJsonObject &parameters);
 
     QWebSocket m_socket;
@@ -93,9 +96,17 @@ DebuggedPage::DebuggedPage(quint16 port)
     waitForSignal(&m_socket, &QWebSocket::connected);
 }
 
+int DebuggedPage::send(const QString &method, const QJsonObject &parameters)
+{
+    const QJsonObject request{{"id", ++m_lastCall}, {"method", method}, {"params", parameters}};
+    m_socket.sendTextMessage(QJsonDocument(request).toJson());
+    m_socket.flush();
+    return m_lastCall;
+}
+
 QJsonObject DebuggedPage::call(const QString &method, const QJsonObject &parameters)
 {
-    const int id = ++m_lastCall;
+    int id = 0;
     QJsonObject answer;
     QEventLoop loop;
     QObject::connect(&m_socket, &QWebSocket::disconnected, &loop, &QEventLoop::quit);
@@ -107,8 +118,7 @@ QJsonObject DebuggedPage::call(const QString &method, const QJsonObject &paramet
         }
     });
     QTimer::singleShot(patience, &loop, &QEventLoop::quit);
-    const QJsonObject request{{"id", id}, {"method", method}, {"params", parameters}};
-    m_socket.sendTextMessage(QJsonDocument(request).toJson());
+    id = send(method, parameters);
     loop.exec();
     if (!answer.contains("result"))
         fail(method + ": " + QJsonDocument(answer).toJson(QJsonDocument::Compact));
@@ -136,31 +146,12 @@ void DebuggedPage::waitFor(const QString &script)
     fail("never true: " + script + "\nThe page: " + page);
 }
 
-void DebuggedPage::press(const QString &key)
-{
-    QJsonObject event{{"type", "keyDown"}, {"key", key}, {"code", key}};
-    if (key == "Tab") {
-        event.insert("windowsVirtualKeyCode", 9);
-    } else if (key == "Enter") {
-        event.insert("windowsVirtualKeyCode", 13);
-        event.insert("text", "\r");
-    } else if (key == "Space") {
-        event.insert("windowsVirtualKeyCode", 32);
-        event.insert("text", " ");
-    } else {
-        fail("no such key: " + key);
-    }
-    call("Input.dispatchKeyEvent", event);
-    event.insert("type", "keyUp");
-    call("Input.dispatchKeyEvent", event);
-}
+void takeAll(DebuggedPage &page, const QString &path);
 
-void take(DebuggedPage &page, const QString &step)
+void take(DebuggedPage &page, const QString &step, const QDir &folder)
 {
     const QString verb = step.section(' ', 0, 0);
     const QString rest = step.section(' ', 1).trimmed();
-    if (verb.isEmpty() || verb == "#")
-        return;
     if (verb == "wait")
         page.waitFor(rest);
     else if (verb == "run")
@@ -169,12 +160,31 @@ void take(DebuggedPage &page, const QString &step)
         page.type(rest);
     else if (verb == "type-result")
         page.type(page.evaluate(rest).toString());
-    else if (verb == "press")
-        page.press(rest);
-    else if (verb == "print")
-        std::printf("%s\n", qPrintable(page.evaluate(rest).toVariant().toString()));
-    else
+    else if (verb == "include")
+        takeAll(page, folder.filePath(rest));
+    else if (!verb.isEmpty() && verb != "#")
         fail("no such step: " + step);
+}
+
+void takeAll(DebuggedPage &page, const QString &path)
+{
+    QFile steps(path);
+    if (!steps.open(QIODevice::ReadOnly))
+        fail(path + " cannot be read");
+    while (!steps.atEnd())
+        take(page, QString::fromUtf8(steps.readLine()).trimmed(), QFileInfo(path).dir());
+}
+
+// Whoever waits for the page to be closed need not wait for a time-out.
+template <typename Steps>
+void closeOnFailure(DebuggedPage &page, Steps steps)
+{
+    try {
+        steps();
+    } catch (const Failure &) {
+        page.close();
+        throw;
+    }
 }
 
 } // namespace
@@ -183,15 +193,13 @@ int main(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
-    QFile steps(arguments.value(2));
-    if (!steps.open(QIODevice::ReadOnly)) {
+    if (arguments.size() != 3) {
         std::fprintf(stderr, "usage: drive-page PORT STEPS\n");
         return 2;
     }
     try {
-        DebuggedPage page(arguments.value(1).toUShort());
-        while (!steps.atEnd())
-            take(page, QString::fromUtf8(steps.readLine()).trimmed());
+        DebuggedPage page(arguments.at(1).toUShort());
+        closeOnFailure(page, [&] { takeAll(page, arguments.at(2)); });
     } catch (const Failure &failure) {
         std::fprintf(stderr, "drive-page: %s\n", failure.what());
         return 1;
