@@ -56,6 +56,7 @@ public:
 
 private:
     static QUrl find(quint16 port);
+    bool isTrue(const QString &script);
     int send(const QString &method, const QJsonObject &parameters);
     QJsonObject call(const QString &method, const QJsonObject &parameters);
 
@@ -106,6 +107,8 @@ int DebuggedPage::send(const QString &method, const QJsonObject &parameters)
 
 QJsonObject DebuggedPage::call(const QString &method, const QJsonObject &parameters)
 {
+    if (m_socket.state() != QAbstractSocket::ConnectedState)
+        fail(method + ": the page is gone");
     int id = 0;
     QJsonObject answer;
     QEventLoop loop;
@@ -135,10 +138,22 @@ QJsonValue DebuggedPage::evaluate(const QString &script)
     return result.value("result").toObject().value("value");
 }
 
+// What cannot be evaluated yet, on a page that is only being loaded, is not true yet.
+bool DebuggedPage::isTrue(const QString &script)
+{
+    try {
+        return evaluate("Boolean(" + script + ')').toBool();
+    } catch (const Failure &) {
+        if (m_socket.state() != QAbstractSocket::ConnectedState)
+            throw;
+        return false;
+    }
+}
+
 void DebuggedPage::waitFor(const QString &script)
 {
     for (auto waited = 0ms; waited < patience; waited += pause) {
-        if (evaluate("Boolean(" + script + ')').toBool())
+        if (isTrue(script))
             return;
         QThread::msleep(pause.count());
     }
