@@ -59,6 +59,7 @@ int show(const Start &start, const ReportPipe &reports)
 
     page.begin(start.page);
     window.show();
+    window.setFocus(); // so that the first key goes to the page
     return QApplication::exec();
 }
 
