@@ -27,7 +27,8 @@ Language languageOf(const Request &request)
         request.query.contains(lang)
             ? request.query.value(lang)
             : request.headerValues(QStringLiteral("Accept-Language")).join(QLatin1Char(','));
-    return wish.contains(QLatin1String("zh"), Qt::CaseInsensitive) ? Chinese : English;
+    // The language that stands first; browsers put it there.
+    return wish.startsWith(QLatin1String("zh"), Qt::CaseInsensitive) ? Chinese : English;
 }
 
 // The query of the same page in another language.

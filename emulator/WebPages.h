@@ -10,8 +10,8 @@
 ///
 /// A page is one file for all languages, :/web/{page}.html. In it {{>name}} stands for the file
 /// :/web/parts/{name}.html and {{key}} for the text with this key in :/web/texts.tsv, in the
-/// language of the query value lang or else of the Accept-Language header: Chinese if that contains
-/// "zh", otherwise English.
+/// language of the query value lang or else of the Accept-Language header: Chinese if that begins
+/// with "zh", otherwise English.
 class WebPages
 {
 public:

@@ -40,7 +40,7 @@ void WebTool::waitForEnd()
 
 QByteArray readChunk(QProcess &tool)
 {
-    const QByteArray chunk = tool.readAllStandardOutput();
+    QByteArray chunk = tool.readAllStandardOutput();
     qCDebug(log_lp) << "resultTest res::::" << chunk;
     return chunk;
 }

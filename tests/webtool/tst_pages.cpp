@@ -21,7 +21,7 @@ QString openPort()
 {
     QTcpServer server;
     server.listen(QHostAddress::LocalHost);
-    const QString port = QString::number(server.serverPort());
+    QString port = QString::number(server.serverPort());
     qputenv("QTWEBENGINE_REMOTE_DEBUGGING", port.toLatin1());
     return port;
 }

@@ -15,6 +15,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <exception>
 #include <functional>
 #include <string>
 
@@ -267,9 +268,7 @@ void declareProtection(CLI::App &app, Arguments &arguments, Command &chosen)
                    "Cut the zero bytes that the format adds at the end");
 }
 
-} // namespace
-
-int main(int argc, char *argv[])
+int run(int argc, char *argv[])
 {
     const QCoreApplication application(argc, argv);
 
@@ -305,4 +304,16 @@ int main(int argc, char *argv[])
                text(arguments.passportDir)},
               output);
     return static_cast<int>(chosen(host, output));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    try {
+        return run(argc, argv);
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "passportctl: %s\n", error.what());
+        return static_cast<int>(Exit::Configuration);
+    }
 }
