@@ -32,12 +32,9 @@ private Q_SLOTS:
     void roundStepsComposeTheCipher();
     void paddings_data();
     void paddings();
-    void paddingsThatCannotBeRemoved_data();
     void paddingsThatCannotBeRemoved();
-    void roundTripOfEveryLength_data();
-    void roundTripOfEveryLength();
-    void shortLastPiece_data();
-    void shortLastPiece();
+    void everyLengthInEveryMode_data();
+    void everyLengthInEveryMode();
     void wrongVector();
     void unknownEnumerationValues();
     void keyLengths();
@@ -174,20 +171,24 @@ void TestAes::paddings_data()
     QTest::addColumn<int>("padding");
     QTest::addColumn<int>("length");
     QTest::addColumn<std::string>("added");
+    const char *names[] = {"ZERO", "PKCS7", "ISO", "unknown"};
+    const auto row = [&](int padding, int length, const std::string &added) {
+        QTest::addRow("%s %d", names[padding], length) << padding << length << added;
+    };
     const std::string zeros(16, '\0');
-    QTest::newRow("ZERO 0") << 0 << 0 << std::string();
-    QTest::newRow("ZERO 15") << 0 << 15 << zeros.substr(15);
-    QTest::newRow("ZERO 16") << 0 << 16 << std::string();
-    QTest::newRow("ZERO 17") << 0 << 17 << zeros.substr(1);
-    QTest::newRow("PKCS7 0") << 1 << 0 << std::string(16, '\x10');
-    QTest::newRow("PKCS7 15") << 1 << 15 << std::string("\x01");
-    QTest::newRow("PKCS7 16") << 1 << 16 << std::string(16, '\x10');
-    QTest::newRow("PKCS7 17") << 1 << 17 << std::string(15, '\x0f');
-    QTest::newRow("ISO 0") << 2 << 0 << std::string();
-    QTest::newRow("ISO 15") << 2 << 15 << std::string("\x80");
-    QTest::newRow("ISO 16") << 2 << 16 << std::string();
-    QTest::newRow("ISO 17") << 2 << 17 << "\x80" + zeros.substr(2);
-    QTest::newRow("unknown 17") << 7 << 17 << zeros.substr(1);
+    row(0, 0, {});
+    row(0, 15, zeros.substr(15));
+    row(0, 16, {});
+    row(0, 17, zeros.substr(1));
+    row(1, 0, std::string(16, '\x10'));
+    row(1, 15, "\x01");
+    row(1, 16, std::string(16, '\x10'));
+    row(1, 17, std::string(15, '\x0f'));
+    row(2, 0, {});
+    row(2, 15, "\x80");
+    row(2, 16, {});
+    row(2, 17, "\x80" + zeros.substr(2));
+    row(3, 17, zeros.substr(1));
 }
 
 void TestAes::paddings()
@@ -205,44 +206,33 @@ void TestAes::paddings()
     QCOMPARE(aes.decode(aes.encode(text, Key128, ""), Key128, ""), text + added);
 }
 
-void TestAes::paddingsThatCannotBeRemoved_data()
-{
-    QTest::addColumn<int>("padding");
-    QTest::addColumn<std::string>("text");
-    QTest::addColumn<bool>("throws");
-    QTest::newRow("empty") << 0 << std::string() << false;
-    QTest::newRow("ZERO, nothing but zeros") << 0 << std::string(5, '\0') << true;
-    QTest::newRow("PKCS7, count beyond the text") << 1 << std::string("ab\x04") << true;
-    QTest::newRow("PKCS7, negative count") << 1 << std::string(200, '\x80') << true;
-    QTest::newRow("PKCS7, count 0") << 1 << std::string("ab\0", 3) << false;
-    QTest::newRow("ISO, no mark") << 2 << std::string("ab\0\0", 4) << false;
-    QTest::newRow("ISO, nothing but zeros") << 2 << std::string(5, '\0') << false;
-}
-
 void TestAes::paddingsThatCannotBeRemoved()
 {
-    QFETCH(int, padding);
-    QFETCH(std::string, text);
-    QFETCH(bool, throws);
-    const auto kind = AESEncryption::Padding(padding);
-    if (throws)
-        QVERIFY_EXCEPTION_THROWN(AESEncryption::RemovePadding(text, kind), std::out_of_range);
-    else
-        QCOMPARE(AESEncryption::RemovePadding(text, kind), text);
+    const auto remove = [](int padding, const std::string &text) {
+        return AESEncryption::RemovePadding(text, AESEncryption::Padding(padding));
+    };
+    const std::string zeros(5, '\0'), count0("ab\0", 3), noMark("ab\0\0", 4);
+    QCOMPARE(remove(0, ""), std::string());
+    QVERIFY_EXCEPTION_THROWN(remove(0, zeros), std::out_of_range);
+    QVERIFY_EXCEPTION_THROWN(remove(1, "ab\x04"), std::out_of_range);
+    QVERIFY_EXCEPTION_THROWN(remove(1, std::string(200, '\x80')), std::out_of_range); // negative
+    QCOMPARE(remove(1, count0), count0);
+    QCOMPARE(remove(2, noMark), noMark);
+    QCOMPARE(remove(2, zeros), zeros);
 }
 
-void TestAes::roundTripOfEveryLength_data()
+void TestAes::everyLengthInEveryMode_data()
 {
     QTest::addColumn<int>("mode");
     for (int mode = 0; mode < 4; ++mode)
         QTest::addRow("mode %d", mode) << mode;
 }
 
-void TestAes::roundTripOfEveryLength()
+void TestAes::everyLengthInEveryMode()
 {
     QFETCH(int, mode);
-    const AESEncryption aes(AESEncryption::AES_256, AESEncryption::Mode(mode),
-                            AESEncryption::PKCS7);
+    const auto chaining = AESEncryption::Mode(mode);
+    const AESEncryption aes(AESEncryption::AES_256, chaining, AESEncryption::PKCS7);
     const std::string key(32, 'k');
     for (std::size_t size = 0; size < 300; ++size) {
         std::string text(size, '\0');
@@ -252,21 +242,11 @@ void TestAes::roundTripOfEveryLength()
         QCOMPARE(data.size(), size / 16 * 16 + 16);
         QCOMPARE(aes.removePadding(aes.decode(data, key, Vector)), text);
     }
-}
-
-void TestAes::shortLastPiece_data()
-{
-    roundTripOfEveryLength_data();
-}
-
-void TestAes::shortLastPiece()
-{
-    QFETCH(int, mode);
-    const AESEncryption aes(AESEncryption::AES_128, AESEncryption::Mode(mode), AESEncryption::ZERO);
-    const std::string data(21, 'd');
-    const std::string whole = aes.decode(data + std::string(11, '\0'), Key128, Vector);
+    // A short last piece is completed; only the modes that work on blocks show it.
+    const std::string piece(21, 'd');
+    const std::string whole = aes.decode(piece + std::string(11, '\0'), key, Vector);
     const bool blockwise = mode == AESEncryption::ECB || mode == AESEncryption::CBC;
-    QCOMPARE(aes.decode(data, Key128, Vector), blockwise ? whole : whole.substr(0, data.size()));
+    QCOMPARE(aes.decode(piece, key, Vector), blockwise ? whole : whole.substr(0, piece.size()));
 }
 
 void TestAes::wrongVector()
@@ -278,8 +258,6 @@ void TestAes::wrongVector()
             QCOMPARE(aes.encode("text", Key128, iv), std::string());
             QCOMPARE(aes.decode(std::string(16, 'd'), Key128, iv), std::string());
         }
-        const AESEncryption ecb(AESEncryption::AES_128, AESEncryption::ECB, AESEncryption::ZERO);
-        QCOMPARE(ecb.encode("text", Key128, iv), ecb.encode("text", Key128, Vector));
     }
 }
 
@@ -290,7 +268,6 @@ void TestAes::unknownEnumerationValues()
                                  AESEncryption::PKCS7);
         QCOMPARE(mode.encode("text", Key128, Vector), std::string());
         QCOMPARE(mode.decode(std::string(16, 'd'), Key128, Vector), std::string());
-        QVERIFY_EXCEPTION_THROWN(mode.encode("text", "short", Vector), std::out_of_range);
         QCOMPARE(AESEncryption::Crypt(AESEncryption::Aes(value), AESEncryption::ECB, "text", Key128,
                                       "", AESEncryption::ZERO),
                  AESEncryption::Crypt(AESEncryption::AES_128, AESEncryption::ECB, "text", Key128,
@@ -302,7 +279,6 @@ void TestAes::keyLengths()
 {
     const AESEncryption aes(AESEncryption::AES_192, AESEncryption::CBC, AESEncryption::ZERO);
     const std::string key(24, 'k');
-    QVERIFY_EXCEPTION_THROWN(aes.expandKey(key.substr(1)), std::out_of_range);
     // The key is looked at before the vector and the text are.
     QVERIFY_EXCEPTION_THROWN(aes.encode("", key.substr(1), ""), std::out_of_range);
     QCOMPARE(aes.encode("text", key + "more", Vector), aes.encode("text", key, Vector));
