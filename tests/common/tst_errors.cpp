@@ -1,7 +1,6 @@
 #include "common/EObject.h"
 #include "common/ErrorCommon.h"
-
-#include <QtTest/QtTest>
+#include "support/Rows.h"
 
 class TestErrors : public QObject
 {
@@ -15,12 +14,7 @@ private Q_SLOTS:
 
 void TestErrors::namesOfCodes_data()
 {
-    QTest::addColumn<uint>("code");
-    QTest::addColumn<QString>("module");
-    QTest::addColumn<QString>("library");
-    const auto row = [](const char *name, uint code, const char *module, const char *library) {
-        QTest::newRow(name) << code << QString(module) << QString(library);
-    };
+    const auto row = columns<uint, QString, QString>("code", "module", "library");
     const char unknown[] = "UnknownLib_Error", timeout[] = "QtTunnelErrorCode::TimeoutError";
     const char noModule[] = "UnkownModule_Error", protocol[] = "QtTunnelErrorCode::ProtocolError";
     row("no error", 0, "NoError", "QtTunnelErrorCode::NoError");

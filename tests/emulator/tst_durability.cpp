@@ -1,11 +1,8 @@
-#include "support/EmulatorProcess.h"
+#include "support/AccountClient.h"
 
-#include <QtCore/QJsonDocument>
-#include <QtCore/QUuid>
 #include <QtTest/QtTest>
 
 #include <condition_variable>
-#include <functional>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -13,77 +10,10 @@
 namespace {
 
 constexpr int rounds = 50;
-
-using Reply = EmulatorProcess::HttpReply;
-
 const QString ada = QStringLiteral("ada@example.com");
 const QString carol = QStringLiteral("carol@example.com");
 
-// One client of the account API: what it sends, and what it may hold the emulator to.
-class Client
-{
-public:
-    explicit Client(EmulatorProcess &emulator) : m_emulator(emulator) {}
-
-    Reply post(const QByteArray &path, const QJsonObject &body) const
-    {
-        return m_emulator.http("POST", "/v1/user/" + path, QJsonDocument(body).toJson());
-    }
-    Reply logIn(const QString &userName, const QString &password) const
-    {
-        return post("login", {{"username", userName},
-                              {"password", password},
-                              {"phoneArea", ""},
-                              {"loginType", "VelqorPassPort"}});
-    }
-    QString sessionWord(const QString &token, const QByteArray &userId) const
-    {
-        return word(m_emulator.http("POST", "/v1/user/info?userID=" + userId, {},
-                                    {"X-Auth-Token: " + token.toUtf8()}));
-    }
-    // The fields for a code that has been sent, or nothing as soon as one answer did not come.
-    QJsonObject sentCode(const QString &purpose, const QString &userName) const
-    {
-        const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
-        const auto result = [&](const QByteArray &target) {
-            return m_emulator.http("GET", target).json().value("result");
-        };
-        if (result("/v1/captcha/" + id.toLatin1() + "?p=" + purpose.toLatin1()).isUndefined())
-            return {};
-        const QJsonObject captcha = result("/_dev/captcha/" + id.toLatin1()).toObject();
-        QJsonObject fields{{"captcha", captcha.value("answer")},
-                           {"uuid", purpose + "-" + id},
-                           {"username", userName},
-                           {"phoneArea", ""},
-                           {"lang", "en"},
-                           {"source", purpose},
-                           {"loginType", "VelqorPassPort"}};
-        if (word(post("code", fields)) != "ok")
-            return {};
-        const QJsonArray inbox = result("/_dev/inbox").toArray();
-        for (int i = inbox.size() - 1; i >= 0; --i) {
-            const QJsonObject message = inbox.at(i).toObject();
-            if (message.value("username") == userName && message.value("purpose") == purpose) {
-                fields.insert("validCode", message.value("code"));
-                return fields;
-            }
-        }
-        return {};
-    }
-
-    static QString word(const Reply &reply)
-    {
-        const QJsonObject answer = reply.json();
-        return answer.value("status") == "ok" ? "ok" : answer.value("result").toString();
-    }
-    static QString token(const Reply &reply)
-    {
-        return reply.json().value("result").toObject().value("token").toString();
-    }
-
-private:
-    EmulatorProcess &m_emulator;
-};
+using Client = AccountClient;
 
 // Counts the acknowledged changes of one client, so that the kill comes after a given number.
 class Tally
@@ -205,7 +135,7 @@ void DurabilityTest::checkSignIns(bool all)
 {
     const QStringList tokens = m_newTokens + m_newTokensByCode + (all ? m_tokens : QStringList());
     for (const QString &token : tokens)
-        QCOMPARE(m_client.sessionWord(token, "10001"), "ok");
+        QCOMPARE(Client::word(m_client.profile(token, "10001")), "ok");
     m_tokens += m_newTokens + m_newTokensByCode;
     m_newTokens.clear();
     m_newTokensByCode.clear();
@@ -230,7 +160,8 @@ void DurabilityTest::checkPassword()
     const bool oldIsGood = Client::word(m_client.logIn(carol, m_password)) == "ok";
     QCOMPARE(oldIsGood, !happened);
     if (!m_passwordInFlight.isEmpty())
-        QCOMPARE(m_client.sessionWord(m_sessionBeforeReset, "10004"), happened ? "authErr" : "ok");
+        QCOMPARE(Client::word(m_client.profile(m_sessionBeforeReset, "10004")),
+                 happened ? "authErr" : "ok");
     if (happened)
         m_password = m_passwordInFlight;
     m_passwordInFlight.clear();

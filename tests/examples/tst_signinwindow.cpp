@@ -2,8 +2,8 @@
 #include "support/EmulatorProcess.h"
 #include "support/LogCapture.h"
 #include "support/PassportDirectory.h"
+#include "support/Rows.h"
 
-#include <QtTest/QtTest>
 #include <QtWidgets/QtWidgets>
 
 using namespace VelqorPassPort;
@@ -136,18 +136,10 @@ void tst_SignInWindow::signsInAndOutByKeyboard()
 
 void tst_SignInWindow::tellsFailuresInWords_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("word");
-    QTest::addColumn<QString>("words");
-    QTest::newRow("wrong password") << "ada@example.com"
-                                    << ""
-                                    << "The name or the password is wrong.";
-    QTest::newRow("locked") << "locked@example.com"
-                            << ""
-                            << "This account is locked.";
-    QTest::newRow("unknown word") << "ada@example.com"
-                                  << "bogusErr"
-                                  << "That did not work (bogusErr).";
+    const auto row = columns<QString, QString, QString>("name", "word", "words");
+    row("wrong password", "ada@example.com", "", "The name or the password is wrong.");
+    row("locked", "locked@example.com", "", "This account is locked.");
+    row("unknown word", "ada@example.com", "bogusErr", "That did not work (bogusErr).");
 }
 
 void tst_SignInWindow::tellsFailuresInWords()

@@ -3,8 +3,7 @@
 #include "support/Certificates.h"
 #include "support/RawServer.h"
 #include "support/ReplyOutcome.h"
-
-#include <QtTest/QtTest>
+#include "support/Rows.h"
 
 #include <arpa/inet.h>
 #include <sys/socket.h>
@@ -81,15 +80,10 @@ private Q_SLOTS:
     void answerFaults();
     void httpStatuses_data();
     void httpStatuses();
-    void malformedAnswers_data();
-    void malformedAnswers();
     void tlsFaults_data();
     void tlsFaults();
-    void trustsTheConfiguredAuthority();
     void redirects_data();
     void redirects();
-    void proxyFaults_data();
-    void proxyFaults();
     void refusedBeforeSending_data();
     void refusedBeforeSending();
     void managerDestroyed();
@@ -157,23 +151,30 @@ void tst_Faults::cleanup()
 
 void tst_Faults::connectionFaults_data()
 {
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("code");
-    QTest::newRow("refused") << "refused" << network(1);
-    QTest::newRow("unknown host") << "host" << network(3);
-    QTest::newRow("connect deadline") << "connect" << network(4);
-    QTest::newRow("total deadline") << "silent" << network(4);
-    QTest::newRow("total deadline outlasts a drip") << "drip" << network(4);
-    QTest::newRow("total deadline over redirects") << "redirects" << network(4);
+    const auto row = columns<QString, bool, int>("kind", "proxy", "code");
+    row("refused", "refused", false, network(1));
+    row("unknown host", "host", false, network(3));
+    row("connect deadline", "connect", false, network(4));
+    row("total deadline", "silent", false, network(4));
+    row("total deadline outlasts a drip", "drip", false, network(4));
+    row("total deadline over redirects", "redirects", false, network(4));
+    row("proxy refused", "refused", true, network(101));
+    row("proxy not found", "host", true, network(103));
+    row("proxy time-out", "connect", true, network(104));
+    row("proxy asks for credentials", "credentials", true, network(105));
+    row("proxy asks for credentials, tunnel", "tunnel", true, network(105));
 }
 
 void tst_Faults::connectionFaults()
 {
     QFETCH(QString, kind);
+    QFETCH(bool, proxy);
     QFETCH(int, code);
     FullQueue full;
-    RawServer slow([&](QTcpSocket &socket, const QByteArray &) {
-        if (kind == "drip") {
+    RawServer server([&](QTcpSocket &socket, const QByteArray &) {
+        if (proxy) {
+            socket.write(RawServer::answer("", 407, "Proxy-Authenticate: Basic realm=\"p\"\r\n"));
+        } else if (kind == "drip") {
             socket.write("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n");
             auto *timer = new QTimer(&socket);
             QObject::connect(timer, &QTimer::timeout, &socket, [&socket] { socket.write("x"); });
@@ -182,15 +183,19 @@ void tst_Faults::connectionFaults()
             QTimer::singleShot(150, &socket, [&socket] { socket.write(redirect("/again", 307)); });
         }
     });
+    QString address = server.url();
     if (kind == "refused")
-        useAddress(QString("http://127.0.0.1:%1").arg(RawServer::closedPort()));
+        address = QString("http://127.0.0.1:%1").arg(RawServer::closedPort());
     else if (kind == "host")
-        useAddress("http://no-such-host.invalid");
+        address = "http://no-such-host.invalid:3128";
     else if (kind == "connect")
-        useAddress(QString("http://127.0.0.1:%1").arg(full.port));
-    else
-        useAddress(slow.url());
-    if (code == network(4))
+        address = QString("http://127.0.0.1:%1").arg(full.port);
+    if (proxy) {
+        configure({{"proxy", address}});
+        address = kind == "tunnel" ? "https://service.invalid" : "http://service.invalid";
+    }
+    useAddress(address);
+    if (code == network(4) || code == network(104))
         configure({{"timeouts",
                     QVariantMap{{"connectMs", 300}, {"totalMs", kind == "connect" ? 5000 : 500}}}});
     expect(post(), code);
@@ -199,19 +204,31 @@ void tst_Faults::connectionFaults()
 void tst_Faults::answerFaults_data()
 {
     QTest::addColumn<QByteArray>("sent");
-    QTest::newRow("closed at once") << QByteArray();
-    QTest::newRow("closed in the headers") << QByteArray("HTTP/1.1 200 OK\r\nContent-Le");
-    QTest::newRow("closed in the body")
-        << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 50\r\n\r\n{\"sta");
-    QTest::newRow("closed in a chunk")
-        << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nff\r\n{\"sta");
-    QTest::newRow("over the size limit") << RawServer::answer(QByteArray(2000, ' '));
-    QTest::newRow("reset") << QByteArray("reset");
+    QTest::addColumn<int>("code");
+    const auto row = [](const char *name, const QByteArray &sent, int code) {
+        QTest::newRow(name) << sent << network(code);
+    };
+    const QByteArray head = "HTTP/1.1 200 OK\r\n";
+    row("closed at once", {}, 2);
+    row("closed in the headers", head + "Content-Le", 2);
+    row("closed in the body", head + "Content-Length: 50\r\n\r\n{\"sta", 2);
+    row("closed in a chunk", head + "Transfer-Encoding: chunked\r\n\r\nff\r\n{\"sta", 2);
+    row("over the size limit", RawServer::answer(QByteArray(2000, ' ')), 2);
+    row("reset", "reset", 2);
+    row("empty", RawServer::answer(""), 399);
+    row("no JSON", RawServer::answer("<html>"), 399);
+    row("array", RawServer::answer("[1]"), 399);
+    row("object without status", RawServer::answer(R"({"result":1})"), 399);
+    row("status is no text", RawServer::answer(R"({"status":1,"result":1})"), 399);
+    row("cut short within its length", RawServer::answer(R"({"status":"ok","result)"), 399);
+    row("not HTTP", "SSH-2.0-server\r\n\r\n", 399);
+    row("304", RawServer::answer("", 304), 399);
 }
 
 void tst_Faults::answerFaults()
 {
     QFETCH(QByteArray, sent);
+    QFETCH(int, code);
     RawServer server([&](QTcpSocket &socket, const QByteArray &) {
         if (sent == "reset") {
             const linger now{1, 0};
@@ -224,7 +241,7 @@ void tst_Faults::answerFaults()
     });
     useAddress(server.url());
     configure({{"limits", QVariantMap{{"answerBytes", 1000}}}});
-    expect(post(), network(2));
+    expect(post(), code);
 }
 
 void tst_Faults::httpStatuses_data()
@@ -257,42 +274,15 @@ void tst_Faults::httpStatuses()
     QCOMPARE(outcome.map, (QVariantMap{{"status", "fail"}, {"result", "dbErr"}}));
 }
 
-void tst_Faults::malformedAnswers_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("empty") << RawServer::answer("");
-    QTest::newRow("no JSON") << RawServer::answer("<html>");
-    QTest::newRow("array") << RawServer::answer("[1]");
-    QTest::newRow("object without status") << RawServer::answer(R"({"result":1})");
-    QTest::newRow("status is no text") << RawServer::answer(R"({"status":1,"result":1})");
-    QTest::newRow("cut short within its length") << RawServer::answer(R"({"status":"ok","result)");
-    QTest::newRow("nested too deep")
-        << RawServer::answer(R"({"status":"ok","result":)" + QByteArray(5000, '['));
-    QTest::newRow("not HTTP") << QByteArray("SSH-2.0-server\r\n\r\n");
-    QTest::newRow("304") << RawServer::answer("", 304);
-}
-
-void tst_Faults::malformedAnswers()
-{
-    QFETCH(QByteArray, bytes);
-    RawServer server([&](QTcpSocket &socket, const QByteArray &) {
-        socket.write(bytes);
-        socket.disconnectFromHost();
-    });
-    useAddress(server.url());
-    expect(post(), network(399));
-}
-
 void tst_Faults::tlsFaults_data()
 {
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("reason");
-    QTest::newRow("self-signed") << "self" << int(QSslError::SelfSignedCertificate);
-    QTest::newRow("expired") << "expired" << int(QSslError::CertificateExpired);
-    QTest::newRow("wrong host") << "host" << int(QSslError::HostNameMismatch);
-    QTest::newRow("unknown issuer")
-        << "issuer" << int(QSslError::UnableToGetLocalIssuerCertificate);
-    QTest::newRow("version too old") << "version" << int(QSslError::UnspecifiedError);
+    const auto row = columns<QString, int>("kind", "reason");
+    row("self-signed", "self", QSslError::SelfSignedCertificate);
+    row("expired", "expired", QSslError::CertificateExpired);
+    row("wrong host", "host", QSslError::HostNameMismatch);
+    row("unknown issuer", "issuer", QSslError::UnableToGetLocalIssuerCertificate);
+    row("version too old", "version", QSslError::UnspecifiedError);
+    row("trusted", "good", QSslError::NoError);
 }
 
 void tst_Faults::tlsFaults()
@@ -308,18 +298,14 @@ void tst_Faults::tlsFaults()
     configure({{"tls", QVariantMap{{"caFile", kind == "issuer" ? "" : certificates->authority()},
                                    {"minimumVersion", kind == "version" ? "1.3" : "1.2"}}}});
     const ReplyOutcome outcome = post();
+    if (kind == "good") {
+        QCOMPARE(outcome.order, QStringList("finished"));
+        return;
+    }
     expect(outcome, network(6), true);
     QCOMPARE(outcome.sslErrors.size(), 1);
     QTEST(int(outcome.sslErrors.first().error()), "reason");
     QCOMPARE(server.requests(), 0);
-}
-
-void tst_Faults::trustsTheConfiguredAuthority()
-{
-    RawServer server(RawServer::answering(good), certificates->server("IP:127.0.0.1"));
-    useAddress(server.url());
-    configure({{"tls", QVariantMap{{"caFile", certificates->authority()}}}});
-    QCOMPARE(post().order, QStringList("finished"));
 }
 
 void tst_Faults::redirects_data()
@@ -327,15 +313,18 @@ void tst_Faults::redirects_data()
     QTest::addColumn<QString>("kind");
     QTest::addColumn<int>("code");
     QTest::addColumn<QByteArray>("method"); // that the target saw
-    QTest::newRow("same origin keeps all, 307") << "same 307" << 0 << QByteArray("POST");
-    QTest::newRow("same origin becomes a GET, 302") << "same 302" << 0 << QByteArray("GET");
-    QTest::newRow("same origin becomes a GET, 303") << "same 303" << 0 << QByteArray("GET");
-    QTest::newRow("other origin, nothing to give away") << "other 302" << 0 << QByteArray("GET");
-    QTest::newRow("other origin, body") << "other 307" << network(11) << QByteArray();
-    QTest::newRow("other origin, token") << "other 302 token" << network(11) << QByteArray();
-    QTest::newRow("https left") << "leave 302" << network(11) << QByteArray();
-    QTest::newRow("another protocol") << "file" << network(301) << QByteArray();
-    QTest::newRow("without end") << "loop" << network(10) << QByteArray();
+    const auto row = [](const char *name, const char *kind, int code, const char *method = "") {
+        QTest::newRow(name) << QString(kind) << code << QByteArray(method);
+    };
+    row("same origin keeps all, 307", "same 307", 0, "POST");
+    row("same origin becomes a GET, 302", "same 302", 0, "GET");
+    row("same origin becomes a GET, 303", "same 303", 0, "GET");
+    row("other origin, nothing to give away", "other 302", 0, "GET");
+    row("other origin, body", "other 307", network(11));
+    row("other origin, token", "other 302 token", network(11));
+    row("https left", "leave 302", network(11));
+    row("another protocol", "file", network(301));
+    row("without end", "loop", network(10));
 }
 
 void tst_Faults::redirects()
@@ -377,58 +366,24 @@ void tst_Faults::redirects()
         QCOMPARE(server.requests(), 11);
 }
 
-void tst_Faults::proxyFaults_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<int>("code");
-    const QString http = "http://service.invalid", https = "https://service.invalid";
-    QTest::newRow("refused") << "refused" << http << network(101);
-    QTest::newRow("not found") << "host" << http << network(103);
-    QTest::newRow("time-out") << "connect" << http << network(104);
-    QTest::newRow("asks for credentials") << "credentials" << http << network(105);
-    QTest::newRow("asks for credentials, tunnel") << "credentials" << https << network(105);
-}
-
-void tst_Faults::proxyFaults()
-{
-    QFETCH(QString, kind);
-    QFETCH(QString, target);
-    QFETCH(int, code);
-    FullQueue full;
-    RawServer proxy(RawServer::answering(
-        RawServer::answer("", 407, "Proxy-Authenticate: Basic realm=\"p\"\r\n")));
-    useAddress(target);
-    QString address = proxy.url();
-    if (kind == "refused")
-        address = QString("http://127.0.0.1:%1").arg(RawServer::closedPort());
-    else if (kind == "host")
-        address = "http://no-such-proxy.invalid:3128";
-    else if (kind == "connect")
-        address = QString("http://127.0.0.1:%1").arg(full.port);
-    configure({{"proxy", address}, {"timeouts", QVariantMap{{"connectMs", 500}}}});
-    expect(post(), code);
-}
-
 void tst_Faults::refusedBeforeSending_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QVariantMap>("envelope");
     QTest::addColumn<int>("code");
-    const QVariantMap cloud{{"source", "cloud"}};
-    QTest::newRow("unknown name") << "noSuchName" << cloud << 0x7000;
-    QTest::newRow("empty name") << "" << cloud << 0x7000;
-    QTest::newRow("other protocol") << "ftp://127.0.0.1/" << cloud << 0x7000;
-    QTest::newRow("unknown source") << "status" << QVariantMap{{"source", "other"}} << 0x7006;
-    QTest::newRow("no source") << "status" << QVariantMap{} << 0x7006;
-    QTest::newRow("address without host") << "http://" << cloud << 0x7004;
-    QTest::newRow("line break in a header")
-        << "status"
-        << QVariantMap{{"source", "cloud"}, {"headers", QVariantMap{{"X-A", "b\r\nX-C: d"}}}}
-        << 0x7004;
-    QTest::newRow("space in a header's name")
-        << "status" << QVariantMap{{"source", "cloud"}, {"headers", QVariantMap{{"X A", "b"}}}}
-        << 0x7004;
+    const auto row = [](const char *tag, const char *name, const QVariantMap &envelope, int code) {
+        QTest::newRow(tag) << QString(name) << envelope << code;
+    };
+    const auto headers = [](const QVariantMap &map) {
+        return QVariantMap{{"source", "cloud"}, {"headers", map}};
+    };
+    row("unknown name", "noSuchName", headers({}), 0x7000);
+    row("other protocol", "ftp://127.0.0.1/", headers({}), 0x7000);
+    row("unknown source", "status", {{"source", "other"}}, 0x7006);
+    row("no source", "status", {}, 0x7006);
+    row("address without host", "http://", headers({}), 0x7004);
+    row("line break in a header", "status", headers({{"X-A", "b\r\nX-C: d"}}), 0x7004);
+    row("space in a header's name", "status", headers({{"X A", "b"}}), 0x7004);
 }
 
 void tst_Faults::refusedBeforeSending()

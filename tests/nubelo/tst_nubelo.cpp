@@ -21,6 +21,12 @@ QVariantMap environment(const QString &address)
             {"environments", QVariantMap{{"test", QVariantMap{{"cloud", address}}}}}};
 }
 
+void writeFile(const QString &path, const QByteArray &content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+}
+
 } // namespace
 
 /// The request library's good ways: what goes over the wire, configuration, lifetimes, reuse.
@@ -33,15 +39,13 @@ private Q_SLOTS:
     void buildsTheRequest_data();
     void buildsTheRequest();
     void requestsAddresses();
-    void deliversTheAnswer();
-    void reusesTheConnection();
+    void deliversAnswersOverOneConnection();
     void runsRequestsSideBySide();
     void keepsAnOutcomeForALateReceiver();
     void forgetsAReleasedReply();
     void mergesConfigurations();
     void refusesAWrongConfigurationAsAWhole_data();
     void refusesAWrongConfigurationAsAWhole();
-    void readsConfigurationFiles_data();
     void readsConfigurationFiles();
     void isConfiguredFromAnyThread();
 
@@ -74,55 +78,40 @@ void tst_Nubelo::buildsTheRequest_data()
     QTest::addColumn<QStringList>("headers");
     QTest::addColumn<QByteArray>("body");
 
-    const QVariantMap none;
-    const auto envelope = [](const char *key, const QVariantMap &map) {
-        return QVariantMap{{key, map}};
+    constexpr int post = 0, get = 1, put = 2, del = 3;
+    // The first line without what is the same in all of them.
+    const auto row = [](const char *name, int type, const QByteArray &line, const QByteArray &body,
+                        const QVariantMap &envelope = {}, const QString &append = {},
+                        const QStringList &headers = {}) {
+        const int space = line.indexOf(' ');
+        const QByteArray start = line.left(space) + " /v1/user/login";
+        QTest::newRow(name) << append << envelope << type
+                            << start + line.mid(space).trimmed() + " HTTP/1.1" << headers << body;
     };
-    QTest::newRow("post without body")
-        << "" << none << 0 << QByteArray("POST /v1/user/login HTTP/1.1")
-        << QStringList{"Content-Type: application/json"} << QByteArray("{}");
-    QTest::newRow("the table's method")
-        << "" << none << -1 << QByteArray("POST /v1/user/login HTTP/1.1") << QStringList{}
-        << QByteArray("{}");
-    QTest::newRow("get") << "" << none << 1 << QByteArray("GET /v1/user/login HTTP/1.1")
-                         << QStringList{} << QByteArray();
-    QTest::newRow("delete") << "" << none << 3 << QByteArray("DELETE /v1/user/login HTTP/1.1")
-                            << QStringList{} << QByteArray();
-    QTest::newRow("put with body")
-        << "" << envelope("body", {{"a", 1}}) << 2 << QByteArray("PUT /v1/user/login HTTP/1.1")
-        << QStringList{"Content-Type: application/json"} << QByteArray(R"({"a":1})");
-    QTest::newRow("body of all kinds")
-        << ""
-        << envelope("body", {{"b", true},
-                             {"l", QVariantList{1, "x"}},
-                             {"t", QString::fromUtf8("\"ä")},
-                             {"z", QVariant()}})
-        << 0 << QByteArray("POST /v1/user/login HTTP/1.1") << QStringList{}
-        << QByteArray(R"({"b":true,"l":[1,"x"],"t":"\"ä","z":null})");
-    QTest::newRow("query is encoded")
-        << ""
-        << envelope("params", {{"a b", "1&2=3+4"}, {"t", true}, {"ü", QString::fromUtf8("ß/?")}})
-        << 1
-        << QByteArray("GET /v1/user/login?a%20b=1%262%3D3%2B4&t=true&%C3%BC=%C3%9F%2F%3F HTTP/1.1")
-        << QStringList{} << QByteArray();
-    QTest::newRow("text as it is")
-        << "/a-b/c.d~%20" << none << 1 << QByteArray("GET /v1/user/login/a-b/c.d~%20 HTTP/1.1")
-        << QStringList{} << QByteArray();
-    QTest::newRow("text encoded where needed")
-        << QString::fromUtf8("/ä b/%4#\r\nX: y") << none << 1
-        << QByteArray("GET /v1/user/login/%C3%A4%20b/%254%23%0D%0AX:%20y HTTP/1.1") << QStringList{}
-        << QByteArray();
-    QTest::newRow("text with a query, and params")
-        << "?x=1" << envelope("params", {{"y", 2}}) << 1
-        << QByteArray("GET /v1/user/login?x=1&y=2 HTTP/1.1") << QStringList{} << QByteArray();
-    QTest::newRow("headers") << ""
-                             << envelope("headers", {{"X-Auth-Token", "T"},
-                                                     {"X-Empty", ""},
-                                                     {"X-Text", QString::fromUtf8("ä")}})
-                             << 1 << QByteArray("GET /v1/user/login HTTP/1.1")
-                             << QStringList{"X-Auth-Token: T",
-                                            "X-Empty:", QString::fromUtf8("X-Text: ä")}
-                             << QByteArray();
+    const QStringList json{"Content-Type: application/json"};
+    const QVariantMap odd{{"a b", "1&2=3+4"}, {"t", true}, {"ü", QString::fromUtf8("ß/?")}};
+    const QVariantMap kinds{{"b", true},
+                            {"l", QVariantList{1, "x"}},
+                            {"t", QString::fromUtf8("\"ä")},
+                            {"z", QVariant()}};
+    const QVariantMap headers{
+        {"X-Auth-Token", "T"}, {"X-Empty", ""}, {"X-Text", QString::fromUtf8("ä")}};
+    row("post without body", post, "POST ", "{}", {}, {}, json);
+    row("the table's method", -1, "POST ", "{}");
+    row("get", get, "GET ", "");
+    row("delete", del, "DELETE ", "");
+    row("put with body", put, "PUT ", R"({"a":1})", {{"body", QVariantMap{{"a", 1}}}}, {}, json);
+    row("body of all kinds", post, "POST ", R"({"b":true,"l":[1,"x"],"t":"\"ä","z":null})",
+        {{"body", kinds}});
+    row("query is encoded", get, "GET ?a%20b=1%262%3D3%2B4&t=true&%C3%BC=%C3%9F%2F%3F", "",
+        {{"params", odd}});
+    row("text as it is", get, "GET /a-b/c.d~%20", "", {}, "/a-b/c.d~%20");
+    row("text encoded where needed", get, "GET /%C3%A4%20b/%254%23%0D%0AX:%20y", "", {},
+        QString::fromUtf8("/ä b/%4#\r\nX: y"));
+    row("text with a query, and params", get, "GET ?x=1&y=2", "",
+        {{"params", QVariantMap{{"y", 2}}}}, "?x=1");
+    row("headers", get, "GET ", "", {{"headers", headers}}, {},
+        {"X-Auth-Token: T", "X-Empty:", QString::fromUtf8("X-Text: ä")});
 }
 
 void tst_Nubelo::buildsTheRequest()
@@ -177,23 +166,17 @@ void tst_Nubelo::requestsAddresses()
     QCOMPARE(request("/gone").code, Error::ContentGoneError);
 }
 
-void tst_Nubelo::deliversTheAnswer()
+void tst_Nubelo::deliversAnswersOverOneConnection()
 {
     RawServer server(RawServer::answering(good));
     configure(environment(server.url()));
-    const auto outcome = requestStatus();
-    QCOMPARE(outcome.map.value("status").toString(), "ok");
-    QCOMPARE(outcome.map.value("result").toMap().value("n").toLongLong(), 12345678901);
-    QVERIFY(outcome.fromLaterTurn);
-}
-
-void tst_Nubelo::reusesTheConnection()
-{
-    RawServer server(RawServer::answering(good));
-    configure(environment(server.url()));
-    for (int i = 0; i < 20; ++i)
-        QCOMPARE(ReplyOutcome::of(manager->request("userLogin", {{"source", "cloud"}}, {})).order,
-                 QStringList("finished"));
+    for (int i = 0; i < 20; ++i) {
+        const auto outcome = requestStatus();
+        QCOMPARE(outcome.order, QStringList("finished"));
+        QCOMPARE(outcome.map.value("status").toString(), "ok");
+        QCOMPARE(outcome.map.value("result").toMap().value("n").toLongLong(), 12345678901);
+        QVERIFY(outcome.fromLaterTurn);
+    }
     QCOMPARE(server.requests(), 20);
     QCOMPARE(server.connections(), 1);
 }
@@ -271,68 +254,63 @@ void tst_Nubelo::mergesConfigurations()
 
 void tst_Nubelo::refusesAWrongConfigurationAsAWhole_data()
 {
-    QTest::addColumn<QVariantMap>("data");
-    const auto in = [](const char *key, const QVariantMap &map) { return QVariantMap{{key, map}}; };
-    QTest::newRow("environments") << QVariantMap{{"environments", 1}};
-    QTest::newRow("environment") << in("environments", {{"a", "http://x"}});
-    QTest::newRow("address") << in("environments", {{"a", QVariantMap{{"cloud", "ftp://x"}}}});
-    QTest::newRow("no host") << in("environments", {{"a", QVariantMap{{"cloud", "http:///v1"}}}});
-    QTest::newRow("environment's name") << QVariantMap{{"cloudEnvironment", 1}};
-    QTest::newRow("method") << in("requests",
-                                  {{"x", QVariantMap{{"path", "/x"}, {"method", "post it"}}}});
-    QTest::newRow("path") << in("requests", {{"x", QVariantMap{{"method", "POST"}}}});
-    QTest::newRow("zero") << in("timeouts", {{"totalMs", 0}});
-    QTest::newRow("negative") << in("timeouts", {{"connectMs", -1}});
-    QTest::newRow("text for a number") << in("timeouts", {{"connectMs", "100"}});
-    QTest::newRow("TLS version") << in("tls", {{"minimumVersion", "1.0"}});
-    QTest::newRow("proxy") << QVariantMap{{"proxy", "none of yours"}};
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QVariant>("value");
+    const auto row = [](const char *name, const char *key, const QVariant &value) {
+        QTest::newRow(name) << QString(key) << value;
+    };
+    const auto address = [](const char *text) {
+        return QVariantMap{{"a", QVariantMap{{"cloud", text}}}};
+    };
+    const auto request = [](const QVariantMap &fields) { return QVariantMap{{"x", fields}}; };
+    row("environments", "environments", 1);
+    row("environment", "environments", QVariantMap{{"a", "http://x"}});
+    row("address", "environments", address("ftp://x"));
+    row("no host", "environments", address("http:///v1"));
+    row("environment's name", "cloudEnvironment", 1);
+    row("method", "requests", request({{"path", "/x"}, {"method", "post it"}}));
+    row("path", "requests", request({{"method", "POST"}}));
+    row("zero", "timeouts", QVariantMap{{"totalMs", 0}});
+    row("text for a number", "timeouts", QVariantMap{{"connectMs", "100"}});
+    row("TLS version", "tls", QVariantMap{{"minimumVersion", "1.0"}});
+    row("proxy", "proxy", "none of yours");
 }
 
 void tst_Nubelo::refusesAWrongConfigurationAsAWhole()
 {
-    QFETCH(QVariantMap, data);
+    QFETCH(QString, key);
+    QFETCH(QVariant, value);
     configure(environment("http://127.0.0.1:1"));
     const QVariantMap before = manager->configData();
-    data.insert("other", "good");
-    Nubelo::Reply *reply = manager->setConfigData(data, {});
+    Nubelo::Reply *reply = manager->setConfigData({{key, value}, {"other", "good"}}, {});
     QCOMPARE(reply->status(), Error::ConfigDataError);
     QCOMPARE(ReplyOutcome::of(reply).order, QStringList({"error", "finished"}));
     QCOMPARE(manager->configData(), before);
 }
 
-void tst_Nubelo::readsConfigurationFiles_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<int>("status");
-    QTest::newRow("good") << QByteArray(R"({"own":1})") << 0;
-    QTest::newRow("byte-order mark") << QByteArray("\xEF\xBB\xBF{\"own\":1}") << 0;
-    QTest::newRow("empty") << QByteArray("") << 0x7006;
-    QTest::newRow("cut short") << QByteArray(R"({"own":1)") << 0x7006;
-    QTest::newRow("array") << QByteArray("[1]") << 0x7006;
-    QTest::newRow("wrong form") << QByteArray(R"({"proxy":1})") << 0x7006;
-    QTest::newRow("missing") << QByteArray("missing") << 0x7007;
-    QTest::newRow("directory") << QByteArray("directory") << 0x7008;
-}
-
 void tst_Nubelo::readsConfigurationFiles()
 {
-    QFETCH(QByteArray, content);
-    QFETCH(int, status);
     QTemporaryDir directory;
-    QString path = directory.filePath("cloud.json");
-    if (content == "directory") {
-        path = directory.path();
-    } else if (content != "missing") {
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
+    const QString path = directory.filePath("cloud.json");
+    const auto statusOf = [&](const QString &tried) {
+        configure({{"before", 1}});
+        Nubelo::Reply *reply = manager->setConfigPath(tried, {});
+        const int status = reply->status();
+        ReplyOutcome::of(reply);
+        return status;
+    };
+    QCOMPARE(statusOf(path), 0x7007);
+    QCOMPARE(statusOf(directory.path()), 0x7008);
+    for (const QByteArray content : {"", R"({"own":1)", "[1]", R"({"proxy":1})"}) {
+        writeFile(path, content);
+        QCOMPARE(statusOf(path), 0x7006);
+        QCOMPARE(manager->configData(), (QVariantMap{{"before", 1}}));
     }
-    configure({{"before", 1}});
-    Nubelo::Reply *reply = manager->setConfigPath(path, {});
-    QCOMPARE(int(reply->status()), status);
-    ReplyOutcome::of(reply);
-    const QVariantMap expected{{status == 0 ? "own" : "before", 1}};
-    QCOMPARE(manager->configData(), expected);
+    for (const QByteArray content : {R"({"own":1})", "\xEF\xBB\xBF{\"own\":1}"}) {
+        writeFile(path, content);
+        QCOMPARE(statusOf(path), 0);
+        QCOMPARE(manager->configData(), (QVariantMap{{"own", 1}}));
+    }
 }
 
 void tst_Nubelo::isConfiguredFromAnyThread()

@@ -1,7 +1,7 @@
+#include "support/Rows.h"
 #include "support/ScriptedClient.h"
 
 #include <QtCore/QJsonArray>
-#include <QtTest/QtTest>
 
 namespace {
 
@@ -32,13 +32,11 @@ private Q_SLOTS:
 
 void tst_Countries::unpacksCountries_data()
 {
-    QTest::addColumn<QVariant>("languages");
-    QTest::addColumn<QJsonArray>("unpacked");
-    QTest::newRow("two") << QVariant("[\"zh\", \"\xc3\xa4\"]")
-                         << QJsonArray{"zh", QString::fromUtf8("ä")};
-    QTest::newRow("object") << QVariant("{\"a\":[1]}") << QJsonArray();
-    QTest::newRow("cut short") << QVariant("[\"zh\"") << QJsonArray();
-    QTest::newRow("a list already") << QVariant(QVariantList{"zh"}) << QJsonArray();
+    const auto row = columns<QVariant, QJsonArray>("languages", "unpacked");
+    row("two", "[\"zh\", \"\xc3\xa4\"]", QJsonArray{"zh", QString::fromUtf8("ä")});
+    row("object", "{\"a\":[1]}", {});
+    row("cut short", "[\"zh\"", {});
+    row("a list already", QVariantList{"zh"}, {});
 }
 
 void tst_Countries::unpacksCountries()

@@ -3,12 +3,12 @@
 #include "support/LogCapture.h"
 #include "support/PassportDirectory.h"
 #include "support/Recorder.h"
+#include "support/Rows.h"
 
 #include <ScriptedCloud.h>
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
-#include <QtTest/QtTest>
 
 using namespace VelqorPassPort;
 using Code = CommunityErrorCode;
@@ -162,20 +162,17 @@ void tst_Services::forwardsAndLogs()
 
 void tst_Services::remembersOnlyWhenAsked_data()
 {
-    QTest::addColumn<bool>("byCode");
-    QTest::addColumn<QList<Script>>("scripts");
-    QTest::addColumn<bool>("remember");
-    QTest::addColumn<bool>("exists");
-    QTest::addColumn<bool>("rebuilt");
+    const auto row = columns<bool, QList<Script>, bool, bool, bool>("byCode", "scripts", "remember",
+                                                                    "exists", "rebuilt");
     const Script good = Script::answering(account), bad = Script::refusing("dberr");
     const QList<Script> all{good, good}, none{bad}, half{good, bad};
-    QTest::newRow("name alone, no file") << true << all << true << false << true;
-    QTest::newRow("name alone, replaces everything") << true << all << true << true << true;
-    QTest::newRow("name alone, not asked") << true << all << false << true << false;
-    QTest::newRow("name alone, profile failed") << true << half << true << true << false;
-    QTest::newRow("password, replaces everything") << false << half << true << true << true;
-    QTest::newRow("password, not asked") << false << all << false << true << false;
-    QTest::newRow("password, failed") << false << none << true << true << false;
+    row("name alone, no file", true, all, true, false, true);
+    row("name alone, replaces everything", true, all, true, true, true);
+    row("name alone, not asked", true, all, false, true, false);
+    row("name alone, profile failed", true, half, true, true, false);
+    row("password, replaces everything", false, half, true, true, true);
+    row("password, not asked", false, all, false, true, false);
+    row("password, failed", false, none, true, true, false);
 }
 
 void tst_Services::remembersOnlyWhenAsked()
@@ -205,11 +202,10 @@ void tst_Services::remembersOnlyWhenAsked()
 
 void tst_Services::keepsACopyOfThePolicy_data()
 {
-    QTest::addColumn<QString>("language");
-    QTest::addColumn<QString>("copy");
-    QTest::newRow("English") << "en-us" << english;
-    QTest::newRow("Chinese inside") << "x-zh-cn,en" << chinese;
-    QTest::newRow("Chinese in capitals") << "ZH-CN" << english;
+    const auto row = columns<QString, QString>("language", "copy");
+    row("English", "en-us", english);
+    row("Chinese inside", "x-zh-cn,en", chinese);
+    row("Chinese in capitals", "ZH-CN", english);
 }
 
 void tst_Services::keepsACopyOfThePolicy()
@@ -248,13 +244,10 @@ void tst_Services::keepsTheCopyWhenFetchingFails()
 
 void tst_Services::showsThePolicy_data()
 {
-    QTest::addColumn<bool>("hasCopy");
-    QTest::addColumn<Script>("script");
-    QTest::addColumn<QString>("page");
-    QTest::newRow("fetched") << false << Script::answering("policy") << "file://%1/" + chinese;
-    QTest::newRow("of an earlier call")
-        << true << Script::refusing("dberr") << "file://%1/" + chinese;
-    QTest::newRow("never fetched") << false << Script::refusing("dberr") << "%1file:///" + english;
+    const auto row = columns<bool, Script, QString>("hasCopy", "script", "page");
+    row("fetched", false, Script::answering("policy"), "file://%1/" + chinese);
+    row("of an earlier call", true, Script::refusing("dberr"), "file://%1/" + chinese);
+    row("never fetched", false, Script::refusing("dberr"), "%1file:///" + english);
 }
 
 void tst_Services::showsThePolicy()

@@ -1,7 +1,7 @@
+#include "support/Rows.h"
 #include "support/ScriptedClient.h"
 
 #include <QtCore/QMetaMethod>
-#include <QtTest/QtTest>
 
 using Nubelo::Manager;
 using Nubelo::Reply;
@@ -26,12 +26,11 @@ private Q_SLOTS:
 
 void tst_RequestCore::handsEveryPartToTheCloud_data()
 {
-    QTest::addColumn<int>("overload");
-    QTest::addColumn<QString>("operation");
-    QTest::newRow("name and types") << 1 << "request/6";
-    QTest::newRow("name alone") << 2 << "request/3";
-    QTest::newRow("name and text for the URL") << 3 << "request/7";
-    QTest::newRow("address drops its type") << 4 << "request/3";
+    const auto row = columns<int, QString>("overload", "operation");
+    row("name and types", 1, "request/6");
+    row("name alone", 2, "request/3");
+    row("name and text for the URL", 3, "request/7");
+    row("address drops its type", 4, "request/3");
 }
 
 void tst_RequestCore::handsEveryPartToTheCloud()

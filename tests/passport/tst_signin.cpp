@@ -1,7 +1,6 @@
 #include "common/HandOver_p.h"
+#include "support/Rows.h"
 #include "support/ScriptedClient.h"
-
-#include <QtTest/QtTest>
 
 namespace {
 
@@ -94,16 +93,12 @@ void tst_SignIn::signsInAndFetchesTheProfile()
 
 void tst_SignIn::reportsTheProfileQuery_data()
 {
-    QTest::addColumn<bool>("byCode");
-    QTest::addColumn<QVariant>("answer");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<int>("requests");
+    const auto row = columns<bool, QVariant, int, int>("byCode", "answer", "code", "requests");
     const QVariant good(QVariantMap{{"token", "T1"}, {"status", "no"}, {"more", 1}});
-    QTest::newRow("password succeeds all the same") << false << good << int(Code::NoError) << 2;
-    QTest::newRow("code, profile refused") << true << good << int(Code::DbErr) << 2;
-    QTest::newRow("code, without token")
-        << true << QVariant(QVariantMap{{"more", 1}}) << int(Code::AuthErr) << 1;
-    QTest::newRow("code, no account at all") << true << QVariant("text") << int(Code::AuthErr) << 1;
+    row("password succeeds all the same", false, good, Code::NoError, 2);
+    row("code, profile refused", true, good, Code::DbErr, 2);
+    row("code, without token", true, QVariantMap{{"more", 1}}, Code::AuthErr, 1);
+    row("code, no account at all", true, "text", Code::AuthErr, 1);
 }
 
 void tst_SignIn::reportsTheProfileQuery()
@@ -128,12 +123,11 @@ void tst_SignIn::reportsTheProfileQuery()
 
 void tst_SignIn::survivesItsDestruction_data()
 {
-    QTest::addColumn<bool>("byCode");
-    QTest::addColumn<int>("request");
-    QTest::newRow("password") << false << 1;
-    QTest::newRow("password, in the profile query") << false << 2;
-    QTest::newRow("code") << true << 1;
-    QTest::newRow("code, in the profile query") << true << 2;
+    const auto row = columns<bool, int>("byCode", "request");
+    row("password", false, 1);
+    row("password, in the profile query", false, 2);
+    row("code", true, 1);
+    row("code, in the profile query", true, 2);
 }
 
 void tst_SignIn::survivesItsDestruction()
@@ -201,32 +195,29 @@ void tst_SignIn::convertsAndRenamesFields()
 
 void tst_SignIn::mergesLaterAnswers_data()
 {
-    QTest::addColumn<QVariantMap>("answer");
-    QTest::addColumn<QVariantMap>("changes");
+    const auto row = columns<QVariantMap, QVariantMap>("answer", "changes");
     const QVariantMap two{{"companyName", "N"}, {"companyType", "T"}};
-    QTest::newRow("nothing known")
-        << QVariantMap{{"more", "new"}, {"email", "new"}} << QVariantMap{};
-    QTest::newRow("company fields need all three") << two << QVariantMap{};
-    QTest::newRow("company fields without token")
-        << with(two, {{"companyPurpose", 1}, {"email", "new"}})
-        << with(two, {{"companyPurpose", "1"}});
-    QTest::newRow("a token empties what is missing")
-        << QVariantMap{{"token", "T2"}, {"email", "new"}, {"factory_objs", "text"}, {"more", "new"}}
-        << QVariantMap{{"country", ""},
-                       {"defaultDentalOrderReceive", false},
-                       {"email", "new"},
-                       {"factoryObjs", "text"},
-                       {"lastIP", ""},
-                       {"lastLogin", ""},
-                       {"nickName", ""},
-                       {"oems", QStringList()},
-                       {"perms", QStringList()},
-                       {"phone", ""},
-                       {"phoneArea", ""},
-                       {"source", ""},
-                       {"status", false},
-                       {"token", "T2"},
-                       {"userID", ""}};
+    row("nothing known", QVariantMap{{"more", "new"}, {"email", "new"}}, QVariantMap{});
+    row("company fields need all three", two, QVariantMap{});
+    row("company fields without token", with(two, {{"companyPurpose", 1}, {"email", "new"}}),
+        with(two, {{"companyPurpose", "1"}}));
+    row("a token empties what is missing",
+        QVariantMap{{"token", "T2"}, {"email", "new"}, {"factory_objs", "text"}, {"more", "new"}},
+        QVariantMap{{"country", ""},
+                    {"defaultDentalOrderReceive", false},
+                    {"email", "new"},
+                    {"factoryObjs", "text"},
+                    {"lastIP", ""},
+                    {"lastLogin", ""},
+                    {"nickName", ""},
+                    {"oems", QStringList()},
+                    {"perms", QStringList()},
+                    {"phone", ""},
+                    {"phoneArea", ""},
+                    {"source", ""},
+                    {"status", false},
+                    {"token", "T2"},
+                    {"userID", ""}});
 }
 
 void tst_SignIn::mergesLaterAnswers()

@@ -1,6 +1,8 @@
 #include "support/ChildProcess.h"
 
+#include <csignal>
 #include <grp.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,6 +15,15 @@ int inChildProcess(const std::function<int()> &check)
         _exit(check());
     int status = 0;
     return waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+int onAFullDisk(const std::function<int()> &check)
+{
+    return inChildProcess([&check] {
+        const rlimit fullDisk{4096, 4096};
+        std::signal(SIGXFSZ, SIG_IGN);
+        return setrlimit(RLIMIT_FSIZE, &fullDisk) == 0 ? check() : -1;
+    });
 }
 
 bool dropRoot()

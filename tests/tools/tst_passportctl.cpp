@@ -1,9 +1,9 @@
 #include "support/EmulatorProcess.h"
 #include "support/PassportDirectory.h"
+#include "support/Rows.h"
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QProcess>
-#include <QtTest/QtTest>
 
 namespace {
 
@@ -62,31 +62,23 @@ private:
 
 void tst_Passportctl::endsWithTheCodeScriptsCanUse_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<int>("code");
+    const auto row = columns<QStringList, QByteArray, int>("arguments", "input", "code");
     dir.write("bad.json", "{");
     const QStringList nowhere{"--cloud", "http://127.0.0.1:1"};
-    QTest::newRow("signed in") << here({"sign-in", user}) << password << 0;
-    QTest::newRow("wrong password") << here({"sign-in", user}) << QByteArray("x\n") << 1;
-    QTest::newRow("locked") << here({"sign-in", "locked@example.com"})
-                            << QByteArray("correct horse 2\n") << 1;
-    QTest::newRow("no password") << here({"sign-in", user}) << QByteArray() << 2;
-    QTest::newRow("no command") << QStringList() << QByteArray() << 2;
-    QTest::newRow("unknown option") << here({"status", "--nonsense"}) << QByteArray() << 2;
-    QTest::newRow("not a code") << QStringList{"errors", "x"} << QByteArray() << 2;
-    QTest::newRow("nothing listens") << nowhere + QStringList("status") << QByteArray() << 3;
-    QTest::newRow("doctor without a service")
-        << nowhere + QStringList("doctor") << QByteArray() << 3;
-    QTest::newRow("doctor") << here({"doctor"}) << QByteArray() << 0;
-    QTest::newRow("bad configuration")
-        << QStringList{"--config", dir.filePath("bad.json"), "status"} << QByteArray() << 4;
-    QTest::newRow("unknown environment")
-        << QStringList{"--environment", "nowhere", "status"} << QByteArray() << 4;
-    QTest::newRow("no passport directory")
-        << here({"sign-in", "--remember", user}) << password << 4;
-    QTest::newRow("not a passport directory")
-        << here({"--passport-dir", "/nowhere", "account"}) << QByteArray() << 4;
+    row("signed in", here({"sign-in", user}), password, 0);
+    row("wrong password", here({"sign-in", user}), "x\n", 1);
+    row("locked", here({"sign-in", "locked@example.com"}), "correct horse 2\n", 1);
+    row("no password", here({"sign-in", user}), {}, 2);
+    row("no command", {}, {}, 2);
+    row("unknown option", here({"status", "--nonsense"}), {}, 2);
+    row("not a code", QStringList{"errors", "x"}, {}, 2);
+    row("nothing listens", nowhere + QStringList("status"), {}, 3);
+    row("doctor without a service", nowhere + QStringList("doctor"), {}, 3);
+    row("doctor", here({"doctor"}), {}, 0);
+    row("bad configuration", QStringList{"--config", dir.filePath("bad.json"), "status"}, {}, 4);
+    row("unknown environment", QStringList{"--environment", "nowhere", "status"}, {}, 4);
+    row("no passport directory", here({"sign-in", "--remember", user}), password, 4);
+    row("not a passport directory", here({"--passport-dir", "/nowhere", "account"}), {}, 4);
 }
 
 void tst_Passportctl::endsWithTheCodeScriptsCanUse()
