@@ -249,7 +249,7 @@ void tst_Flows::asksForTheStatus()
     QCOMPARE(client->getNetByStatus().errorCode, Code::NoError);
     emulator.stop();
     QCOMPARE(client->getNetByStatus().errorCode, Code::EC_ConnectionRefusedError);
-    QVERIFY(emulator.restart());
+    QVERIFY(emulator.start());
 }
 
 QTEST_GUILESS_MAIN(tst_Flows)

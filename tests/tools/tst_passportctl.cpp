@@ -43,7 +43,6 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY(emulator.start()); }
     void endsWithTheCodeScriptsCanUse_data();
     void endsWithTheCodeScriptsCanUse();
-    void printsOneObjectForPrograms();
     void keepsSecrets();
     void remembersAndForgets();
     void protectsAnyLength_data();
@@ -67,16 +66,12 @@ void tst_Passportctl::endsWithTheCodeScriptsCanUse_data()
     const QStringList nowhere{"--cloud", "http://127.0.0.1:1"};
     row("signed in", here({"sign-in", user}), password, 0);
     row("wrong password", here({"sign-in", user}), "x\n", 1);
-    row("locked", here({"sign-in", "locked@example.com"}), "correct horse 2\n", 1);
     row("no password", here({"sign-in", user}), {}, 2);
     row("no command", {}, {}, 2);
     row("unknown option", here({"status", "--nonsense"}), {}, 2);
-    row("not a code", QStringList{"errors", "x"}, {}, 2);
     row("nothing listens", nowhere + QStringList("status"), {}, 3);
-    row("doctor without a service", nowhere + QStringList("doctor"), {}, 3);
     row("doctor", here({"doctor"}), {}, 0);
     row("bad configuration", QStringList{"--config", dir.filePath("bad.json"), "status"}, {}, 4);
-    row("unknown environment", QStringList{"--environment", "nowhere", "status"}, {}, 4);
     row("no passport directory", here({"sign-in", "--remember", user}), password, 4);
     row("not a passport directory", here({"--passport-dir", "/nowhere", "account"}), {}, 4);
 }
@@ -95,31 +90,22 @@ void tst_Passportctl::endsWithTheCodeScriptsCanUse()
         QCOMPARE(json.json().value("ok"), QJsonValue(code == 0));
 }
 
-void tst_Passportctl::printsOneObjectForPrograms()
-{
-    const Run profile = passportctl(here({"--json", "profile", user}), password);
-    QCOMPARE(profile.out.count('\n'), 1);
-    QCOMPARE(profile.json()["profile"].toObject()["nickName"].toString(), "Ada");
-    const QJsonObject error =
-        passportctl(here({"--json", "sign-in", user}), "x\n").json()["error"].toObject();
-    QCOMPARE(error["code"].toInt(), 0x5070003);
-    QCOMPARE(error["message"].toString(), "pwdErr");
-    QCOMPARE(passportctl({"--json", "errors", "0x05070011"}).json()["shortName"].toString(),
-             "NetErr");
-}
-
 void tst_Passportctl::keepsSecrets()
 {
-    QList<QStringList> commands{
-        {"sign-in", user}, {"profile", user}, {"-v", "sign-in", user}, {"--json", "profile", user}};
-    for (const QStringList &command : commands) {
+    for (const QStringList &command : {QStringList{"sign-in", user}, {"-v", "sign-in", user}}) {
         const Run run = passportctl(here(command), password);
         QCOMPARE(run.exitCode, 0);
         QVERIFY(!run.out.contains("token") && !run.err.contains("token"));
         QVERIFY(!run.out.contains("correct horse") && !run.err.contains("correct horse"));
     }
+    const Run profile = passportctl(here({"--json", "profile", user}), password);
+    QCOMPARE(profile.out.count('\n'), 1);
+    QCOMPARE(profile.json()["profile"].toObject()["nickName"].toString(), "Ada");
+    QVERIFY(!profile.out.contains("token") && !profile.out.contains("correct horse"));
     const Run asked = passportctl(here({"--json", "sign-in", "--show-token", user}), password);
     QVERIFY(!asked.json()["token"].toString().isEmpty());
+    const Run refused = passportctl(here({"--json", "sign-in", user}), "x\n");
+    QCOMPARE(refused.json()["error"].toObject()["message"].toString(), "pwdErr");
 }
 
 void tst_Passportctl::remembersAndForgets()
@@ -143,7 +129,7 @@ void tst_Passportctl::protectsAnyLength_data()
 {
     QTest::addColumn<int>("size");
     constexpr int piece = 48 * 128 * 1024;
-    for (const int size : {1, 15, 16, 17, 48, piece - 1, piece, piece + 1, 2 * piece})
+    for (const int size : {15, 16, piece - 1, piece, piece + 1})
         QTest::addRow("%d bytes", size) << size;
 }
 
