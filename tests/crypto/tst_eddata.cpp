@@ -53,7 +53,6 @@ private Q_SLOTS:
     }
     void base64_data();
     void base64();
-    void base64OfEveryLength();
     void decodingStopsAtAnyOtherCharacter();
     void protectedTextOfEveryLength();
     void protectedTextThatIsCut();
@@ -106,17 +105,6 @@ void TestEDData::base64()
     QCOMPARE(EDData().base64_decode(text.substr(0, text.size() / 4 * 4) + "\nZm9v"), bytes);
     if (text.find('=') == std::string::npos)
         QCOMPARE(EDData().base64_decode(text + "Z"), bytes);
-}
-
-void TestEDData::base64OfEveryLength()
-{
-    const std::string bytes = someBytes(9000);
-    for (std::size_t size = 0; size < bytes.size(); size += size < 400 ? 1 : 797) {
-        const std::string part = bytes.substr(bytes.size() - size);
-        const std::string text = encoded(part);
-        QCOMPARE(text, QByteArray::fromStdString(part).toBase64().toStdString());
-        QCOMPARE(EDData().base64_decode(text), part);
-    }
 }
 
 void TestEDData::decodingStopsAtAnyOtherCharacter()

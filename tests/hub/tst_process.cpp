@@ -3,8 +3,6 @@
 
 #include <QtTest/QtTest>
 
-#include <unistd.h>
-
 class TestProcess : public QObject
 {
     Q_OBJECT
@@ -13,7 +11,6 @@ private Q_SLOTS:
     void searchesTheListing();
     void missingToolsAreHarmless();
     void passesNamesToKillallUnchanged();
-    void findsAndEndsARealProcess();
 };
 
 void TestProcess::searchesTheListing()
@@ -51,36 +48,6 @@ void TestProcess::passesNamesToKillallUnchanged()
     QTRY_COMPARE(tools.calls(), (QStringList{call, call}));
 }
 
-void TestProcess::findsAndEndsARealProcess()
-{
-    // A copy of this program with a name of its own, short enough for every listing.
-    const QTemporaryDir directory;
-    const QString name = QStringLiteral("idle%1").arg(getpid());
-    const QString program = directory.filePath(name);
-    QVERIFY(QFile::copy(QCoreApplication::applicationFilePath(), program));
-    QList<unsigned long long> ids;
-    QVERIFY(!g_checkProcessRunning(name, ids));
-
-    QProcess process;
-    process.start(program, {"--idle"});
-    QVERIFY(process.waitForReadyRead());
-    QVERIFY(g_checkProcessRunning(name, ids));
-    QVERIFY(ids.isEmpty());
-    g_killProcess(name);
-    QVERIFY(process.waitForFinished());
-    QCOMPARE(process.exitStatus(), QProcess::CrashExit);
-}
-
-int main(int argc, char **argv)
-{
-    if (argc == 2 && qstrcmp(argv[1], "--idle") == 0) {
-        puts("ready");
-        fflush(stdout);
-        return pause();
-    }
-    QCoreApplication application(argc, argv);
-    TestProcess test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_GUILESS_MAIN(TestProcess)
 
 #include "tst_process.moc"

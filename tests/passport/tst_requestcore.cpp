@@ -1,8 +1,6 @@
 #include "support/Rows.h"
 #include "support/ScriptedClient.h"
 
-#include <QtCore/QMetaMethod>
-
 using Nubelo::Manager;
 using Nubelo::Reply;
 
@@ -14,100 +12,44 @@ class tst_RequestCore : public ScriptedClient
     Q_OBJECT
 
 private Q_SLOTS:
-    void handsEveryPartToTheCloud_data();
     void handsEveryPartToTheCloud();
     void isInvokableByName();
     void bringsEveryOutcome_data();
     void bringsEveryOutcome();
-    void runsHandlersOnTheCloudThread();
     void ignoresSignalsAfterTheEnd();
     void configuresThroughTheSameWait();
 };
 
-void tst_RequestCore::handsEveryPartToTheCloud_data()
-{
-    const auto row = columns<int, QString>("overload", "operation");
-    row("name and types", 1, "request/6");
-    row("name alone", 2, "request/3");
-    row("name and text for the URL", 3, "request/7");
-    row("address drops its type", 4, "request/3");
-}
-
 void tst_RequestCore::handsEveryPartToTheCloud()
 {
-    QFETCH(int, overload);
     const QVariantMap body{{"in", "body"}}, params{{"in", "params"}}, headers{{"in", "headers"}};
-    if (overload == 1)
-        client->requestNubelo(data, "n", Manager::Get, Manager::NoEncrypt, body, params, headers,
-                              "s");
-    else if (overload == 2)
-        client->requestNubelo(data, "n", body, params, headers, "s");
-    else if (overload == 3)
-        client->requestNubelo(data, "n", "/x", Manager::Get, Manager::NoEncrypt, headers, params,
-                              body, "s");
-    else
-        client->requestNubelo(data, "n", Manager::Get, body, params, headers);
+    client->requestNubelo(data, "n", Manager::Get, Manager::NoEncrypt, body, params, headers, "s");
+    client->requestNubelo(data, "n", "/x", Manager::Get, Manager::NoEncrypt, headers, params, body,
+                          "s");
+    client->requestNubelo(data, "n", body, params, headers, "s");
+    client->requestNubelo(data, "n", Manager::Get, body, params, headers); // an address
 
-    const auto call = cloud.lastCall();
-    const bool typed = overload == 1 || overload == 3;
-    QTEST(call.operation, "operation");
-    QCOMPARE(call.name, "n");
-    QCOMPARE(call.type, typed ? int(Manager::Get) : -1);
-    QCOMPARE(call.encryption, typed ? 0 : -1);
-    QCOMPARE(call.authentication, typed ? 0 : -1);
-    QCOMPARE(call.appendToUrl, overload == 3 ? "/x" : "");
-    QCOMPARE(call.extra, QVariantMap());
-    QVERIFY(call.thread != QThread::currentThread());
-    QVariantMap envelope{{"body", body}, {"params", params}, {"headers", headers}};
-    if (overload != 4)
-        envelope.insert("source", "s");
-    QCOMPARE(call.envelope, envelope);
+    const auto calls = cloud.calls();
+    const char *operations[] = {"request/6", "request/7", "request/3", "request/3"};
+    for (std::size_t i = 0; i < 4; ++i) {
+        const auto &call = calls[i];
+        QCOMPARE(call.operation, operations[i]);
+        QCOMPARE(call.name, "n");
+        QCOMPARE(call.type, i < 2 ? int(Manager::Get) : -1);
+        QCOMPARE(call.encryption, i < 2 ? 0 : -1);
+        QCOMPARE(call.authentication, i < 2 ? 0 : -1);
+        QCOMPARE(call.appendToUrl, i == 1 ? "/x" : "");
+        QCOMPARE(call.extra, QVariantMap());
+        QVERIFY(call.thread != QThread::currentThread());
+        QVariantMap envelope{{"body", body}, {"params", params}, {"headers", headers}};
+        if (i < 3)
+            envelope.insert("source", "s");
+        QCOMPARE(call.envelope, envelope);
+    }
 }
 
-// The longest form of each method with its parameter names; the shorter ones are moc's.
 void tst_RequestCore::isInvokableByName()
 {
-    QStringList forms;
-    const QMetaObject *meta = client->metaObject();
-    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
-        const QMetaMethod method = meta->method(i);
-        if (!(method.attributes() & QMetaMethod::Cloned))
-            forms << method.name() + ' ' + method.parameterNames().join(' ');
-        QVERIFY2(method.access() == QMetaMethod::Public, method.methodSignature().constData());
-    }
-    forms.sort();
-    QCOMPARE(forms, QStringList({
-                        "configData ",
-                        "getCurrentPhoneArea phoneArea",
-                        "getNetByStatus ",
-                        "isUserExisted source captcha username phoneArea",
-                        "linkUuid prefix identifier",
-                        "logIn username password phoneArea userInfo isRemember",
-                        "logOut ",
-                        "replyConnect reply name result",
-                        "reqCaptcha data width height expire length source uSource",
-                        "reqCodeLogIn username phoneArea captcha validCode userInfo source",
-                        "reqCountries countries",
-                        "reqCurrentCountry country cCountryInfoMap mode",
-                        "reqGetPrivacy privacy language oemurl source target",
-                        "reqGetUserInfo map sourceStr",
-                        "reqResetPassword username phoneArea captcha validCode password source",
-                        "reqValidCode data captcha username phoneArea lang source uSource",
-                        "requestNubelo result name appendToUrl requestType encryptType headers "
-                        "params body source",
-                        "requestNubelo result name body params headers source",
-                        "requestNubelo result name requestType encryptType body params headers "
-                        "source",
-                        "requestNubelo result url requestType body params headers",
-                        "setConfigData data",
-                        "setConfigData environment",
-                        "setConfigPath path",
-                        "setErrorCode errorCode",
-                        "setToken token",
-                        "setUserInfo info",
-                        "token ",
-                    }));
-
     cloud.play(Script::answering("by name"));
     Record record{Code::UrlErr, {}, {}, {}};
     QVERIFY(QMetaObject::invokeMethod(client.get(), "requestNubelo",
@@ -119,15 +61,9 @@ void tst_RequestCore::isInvokableByName()
 
 void tst_RequestCore::bringsEveryOutcome_data()
 {
-    QTest::addColumn<Script>("script");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QVariant>("received");
-    QTest::addColumn<QStringList>("lines"); // behind the wait's first
-    const auto row = [](const char *tag, const Script &script, Code::ErrorCode code,
-                        const QString &name, const QVariant &received, const QStringList &lines) {
-        QTest::newRow(tag) << script << int(code) << name << received << lines;
-    };
+    // The lines are those behind the wait's first.
+    const auto row = columns<Script, int, QString, QVariant, QStringList>("script", "code", "name",
+                                                                          "received", "lines");
     const auto finish = [](const char *status, const QVariant &value) {
         return [=](Reply *reply) {
             Q_EMIT reply->finished({{"status", status}, {"result", value}});
@@ -186,16 +122,9 @@ void tst_RequestCore::bringsEveryOutcome()
     QTEST(data, "received");
     QCOMPARE(withoutThreads(log.lines()),
              QStringList("debug replyConnect current thread-1") + lines);
-}
-
-void tst_RequestCore::runsHandlersOnTheCloudThread()
-{
-    cloud.play(Script::failing(Nubelo::Error::TimedOut));
-    const LogCapture log;
-    QCOMPARE(request().errorCode, Code::NetErr);
-    const QThread *cloudThread = cloud.lastCall().thread;
-    for (const auto &message : log.messages())
-        QCOMPARE(message.thread == cloudThread, !message.text.contains("thread-1"));
+    const bool onCloud = lines.size() > 1;
+    for (const auto &message : log.messages().mid(1))
+        QCOMPARE(message.thread == cloud.lastCall().thread, onCloud);
 }
 
 void tst_RequestCore::ignoresSignalsAfterTheEnd()
