@@ -37,7 +37,6 @@ private Q_SLOTS:
     void reloadTimeout();
 
     void missingDocumentsFailOnce();
-    void keepsDocumentsAcrossExit();
     void threadsStartOnlyOnce();
 
 private:
@@ -152,12 +151,7 @@ void TestWorker::hubPath()
 
 void TestWorker::reloadTimeout_data()
 {
-    QTest::addColumn<QByteArray>("seconds");
-    QTest::addColumn<int>("logged");
-    QTest::addColumn<int>("milliseconds");
-    const auto row = [](const char *name, const char *seconds, int logged, int milliseconds) {
-        QTest::newRow(name) << QByteArray(seconds) << logged << milliseconds;
-    };
+    const auto row = columns<QByteArray, int, int>("seconds", "logged", "milliseconds");
     row("seconds", "30", 30, 30000);
     row("zero", "0", 0, 0);
     row("minus one", "-1", -1, 5000);
@@ -186,40 +180,28 @@ void TestWorker::reloadTimeout()
 void TestWorker::missingDocumentsFailOnce()
 {
     m_dir->writePassportCfg(object(R"({"openwebengine": {"reLoadTimeout": 7}})"));
-    const PassportDirectory good;
-    good.writeSystemCfg(object(R"({"Default": {"StartHub": true}})"));
-
     InitialWorker worker;
     LogCapture log;
     QVERIFY(!worker.initialModule(m_dir->path()));
     QCOMPARE(log.lines(), QStringList{"critical m_sysCfgObj isEmpty!!!"});
-    QCOMPARE(worker.reloadTiemout(), 7000);
+    // What was loaded stays, and nothing starts again before exitModule().
+    m_dir->writeSystemCfg(object(R"({"Tunnel": {}})"));
+    m_dir->writePassportCfg(object(R"({"openwebengine": {"reLoadTimeout": 8}})"));
     log.clear();
-    QVERIFY(worker.initialModule(good.path()));
+    QVERIFY(worker.initialModule(m_dir->path()));
     QCOMPARE(log.lines(), QStringList());
     QCOMPARE(m_tools->calls(), QStringList());
     QVERIFY(!ServiceLocator::configMgr());
-
-    InitialWorker other;
-    log.clear();
-    QVERIFY(!other.initialModule(good.path()));
-    QCOMPARE(log.lines(), QStringList{"critical m_cfgObj isEmpty!!!"});
-    QVERIFY(!ServiceLocator::configMgr());
-}
-
-void TestWorker::keepsDocumentsAcrossExit()
-{
-    InitialWorker worker;
-    m_dir->writePassportCfg(object(R"({"openwebengine": {"reLoadTimeout": 7}})"));
-    QVERIFY(!worker.initialModule(m_dir->path()));
     worker.exitModule();
-
-    m_dir->writeSystemCfg(object(R"({"Tunnel": {}})"));
-    m_dir->writePassportCfg(object(R"({"openwebengine": {"reLoadTimeout": 8}})"));
-    LogCapture log;
     QVERIFY(worker.initialModule(m_dir->path()));
     QCOMPARE(log.lines().constLast(), "debug startHUb: false");
     QCOMPARE(worker.reloadTiemout(), 7000);
+
+    QVERIFY(QFile::remove(m_dir->filePath("config/PassPortCfg.cfg")));
+    InitialWorker other;
+    log.clear();
+    QVERIFY(!other.initialModule(m_dir->path()));
+    QCOMPARE(log.lines(), QStringList{"critical m_cfgObj isEmpty!!!"});
 }
 
 void TestWorker::threadsStartOnlyOnce()

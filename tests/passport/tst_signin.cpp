@@ -2,8 +2,6 @@
 #include "support/Rows.h"
 #include "support/ScriptedClient.h"
 
-Q_DECLARE_METATYPE(Script)
-
 namespace {
 
 const QVariantMap account{{"companyName", "Velqor"},
@@ -67,25 +65,23 @@ QVariantMap tst_SignIn::stored()
 
 void tst_SignIn::signsInAndFetchesTheProfile_data()
 {
-    const auto row = columns<bool, Script, int>("byCode", "profile", "code");
-    const Script good = Script::answering(with(account, {{"token", "T2"}, {"nick_name", "A."}}));
-    const Script bad = Script::refusing("dberr");
-    row("password", false, good, Code::NoError);
-    row("password succeeds without the profile", false, bad, Code::NoError);
-    row("code", true, good, Code::NoError);
-    row("code reports the profile", true, bad, Code::DbErr);
+    const auto row = columns<bool, bool, int>("byCode", "fails", "code");
+    row("password", false, false, Code::NoError);
+    row("password succeeds without the profile", false, true, Code::NoError);
+    row("code", true, false, Code::NoError);
+    row("code reports the profile", true, true, Code::DbErr);
 }
 
 void tst_SignIn::signsInAndFetchesTheProfile()
 {
     QFETCH(bool, byCode);
-    QFETCH(Script, profile);
+    QFETCH(bool, fails);
     cloud.play(Script::answering(account));
-    cloud.play(profile);
+    cloud.play(fails ? Script::refusing("dberr")
+                     : Script::answering(with(account, {{"token", "T2"}, {"nick_name", "A."}})));
     const LogCapture log;
     QTEST(int(signIn(byCode).errorCode), "code");
 
-    const bool good = QByteArray(QTest::currentDataTag()).size() <= 8;
     QCOMPARE(cloud.names(), QStringList({byCode ? "userCodeLogin" : "userLogin", "getPassInfo"}));
     const QVariantMap query = cloud.lastCall().envelope;
     QCOMPARE(query.value("headers").toMap(), (QVariantMap{{"X-Auth-Token", "T1"}}));
@@ -93,13 +89,13 @@ void tst_SignIn::signsInAndFetchesTheProfile()
     // The profile's token is data; the session's is the sign-in's.
     QCOMPARE(client->token(), "T1");
     QCOMPARE(log.lines().filter("token changed"), QStringList("debug token changed \"T1\""));
-    if (!good && !byCode)
+    if (fails && !byCode)
         QCOMPARE(map, mapBefore);
-    const QVariantMap kept = good || byCode ? map : stored();
+    const QVariantMap kept = !fails || byCode ? map : stored();
     QVERIFY(!kept.contains("old"));
-    QCOMPARE(kept.value("token"), QVariant(good ? "T2" : "T1"));
-    QCOMPARE(kept.value("nickName"), QVariant(good ? "A." : "Ada"));
-    if (!good) {
+    QCOMPARE(kept.value("token"), QVariant(fails ? "T1" : "T2"));
+    QCOMPARE(kept.value("nickName"), QVariant(fails ? "Ada" : "A."));
+    if (fails) {
         QCOMPARE(kept.value("source"), QVariant("product"));
         QCOMPARE(kept.value("status"), QVariant(true));
     }
