@@ -1,5 +1,4 @@
 #include "passport/Passport.h"
-#include "passport/PassportNubelo.h"
 #include "support/LogCapture.h"
 #include "support/PassportDirectory.h"
 #include "support/Recorder.h"
@@ -11,13 +10,7 @@
 #include <QtCore/QFileInfo>
 
 using namespace VelqorPassPort;
-using Code = CommunityErrorCode;
-using Record = PassportCommunityError;
-using OnClient = std::function<Record(PassportNubelo &)>;
-using OnFacade = std::function<Record(Passport &)>;
 
-Q_DECLARE_METATYPE(OnClient)
-Q_DECLARE_METATYPE(OnFacade)
 Q_DECLARE_METATYPE(Script)
 
 namespace {
@@ -27,17 +20,10 @@ const QString chinese = "privacypolicy/PrivacyPolicy-chinese-simplified.html";
 const QString english = "privacypolicy/PrivacyPolicy-english.html";
 const QVariantMap account{{"token", "T"}};
 
-// Without what differs from one client to the next: threads and captcha identifiers.
-QStringList plain(QStringList lines)
-{
-    static const QRegularExpression own(" QThread\\(.*|[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}");
-    return lines.replaceInStrings(own, "");
-}
-
 } // namespace
 
-/// The facade's account services: what they pass on, every log line in order, and the files and the
-/// web pages that go with them.
+/// The facade's account services: every log line in order, and the files and the web pages that go
+/// with them.
 class tst_Services : public QObject
 {
     Q_OBJECT
@@ -46,8 +32,6 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void forwardsAndLogs_data();
-    void forwardsAndLogs();
     void remembersOnlyWhenAsked_data();
     void remembersOnlyWhenAsked();
     void keepsACopyOfThePolicy_data();
@@ -59,15 +43,10 @@ private Q_SLOTS:
     void tellsWhatAnswers();
 
 private:
-    QStringList played(const std::function<Record()> &operation, const QList<Script> &scripts);
-
     ScriptedCloud &cloud = ScriptedCloud::instance();
     std::unique_ptr<PassportDirectory> dir;
     std::unique_ptr<Passport> passport;
-    QVariant data;
-    QVariantMap map;
     QString text;
-    QVariantList list;
 };
 
 void tst_Services::init()
@@ -83,75 +62,6 @@ void tst_Services::cleanup()
 {
     passport.reset();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-}
-
-void tst_Services::forwardsAndLogs_data()
-{
-    const auto row = columns<OnClient, OnFacade>("onClient", "onFacade");
-    const auto same = [&](const char *name, const auto &operation) {
-        row(name, operation, operation);
-    };
-    same("reqCountries", [this](auto &to) { return to.reqCountries(list); });
-    same("reqCaptcha",
-         [this](auto &to) { return to.reqCaptcha(data, "w", "h", "e", "l", "source", "uSource"); });
-    same("reqValidCode", [this](auto &to) {
-        return to.reqValidCode(data, "captcha", "user", "area", "lang", "source", "uSource");
-    });
-    same("isUserExisted",
-         [](auto &to) { return to.isUserExisted("source", "captcha", "user", "area"); });
-    same("reqResetPassword", [](auto &to) {
-        return to.reqResetPassword("user", "area", "captcha", "code", "pw", "source");
-    });
-    same("login", [this](auto &to) { return to.logIn("user", "pw", "area", map, false); });
-    row(
-        "reqCodeLogIn",
-        [this](auto &to) { return to.reqCodeLogIn("user", "area", "captcha", "code", map, "s"); },
-        [this](auto &to) {
-            return to.reqCodeLogIn("user", "area", "captcha", "code", map, "s", false);
-        });
-    row(
-        "reqCurrentCountry", [this](auto &to) { return to.reqCurrentCountry(text, map, ""); },
-        [this](auto &to) { return to.reqCurrentCountry(text, map); });
-}
-
-// The lines of an operation, with what it asked the cloud in front.
-QStringList tst_Services::played(const std::function<Record()> &operation,
-                                 const QList<Script> &scripts)
-{
-    cloud.reset();
-    for (const Script &script : scripts)
-        cloud.play(script);
-    const LogCapture log;
-    operation();
-    QStringList asked;
-    for (const auto &call : cloud.calls()) {
-        QString envelope;
-        QDebug(&envelope) << call.type << call.envelope;
-        asked << call.operation << call.name << call.appendToUrl << envelope;
-    }
-    return plain(asked + log.lines());
-}
-
-void tst_Services::forwardsAndLogs()
-{
-    QFETCH(OnClient, onClient);
-    QFETCH(OnFacade, onFacade);
-    const QString name = QTest::currentDataTag();
-    PassportNubelo client;
-    const auto compare = [&](const QList<Script> &scripts, const QString &line) {
-        list.clear();
-        const QStringList expected = played([&] { return onClient(client); }, scripts);
-        list.clear();
-        QCOMPARE(played([&] { return onFacade(*passport); }, scripts),
-                 expected + QStringList("debug " + name + line));
-    };
-    compare({Script::refusing(R"({"a":1})")},
-            R"( error... 84344833 "{\"a\":1}" QJsonDocument({"a":1}) "{\"a\":1}")");
-    if (name.contains("login", Qt::CaseInsensitive))
-        compare({Script::answering(account), Script::answering(account)}, " success...");
-    else
-        compare({Script::answering("33"), Script::answering(QVariantList())},
-                name == "reqCurrentCountry" ? " success... \"33\"" : " success...");
 }
 
 void tst_Services::remembersOnlyWhenAsked_data()
@@ -181,11 +91,13 @@ void tst_Services::remembersOnlyWhenAsked()
         dir->write(accountFile, old);
         QFile::setPermissions(dir->filePath(accountFile), QFile::Permissions(0x6644));
     }
-    const auto signIn = [&] {
-        return byCode ? passport->reqCodeLogIn("ada", {}, {}, {}, map, {}, remember)
-                      : passport->logIn("ada", "\"word\"", {}, map, remember);
-    };
-    played(signIn, scripts);
+    for (const Script &script : scripts)
+        cloud.play(script);
+    QVariantMap map;
+    if (byCode)
+        passport->reqCodeLogIn("ada", {}, {}, {}, map, {}, remember);
+    else
+        passport->logIn("ada", "\"word\"", {}, map, remember);
     const QByteArray fresh =
         byCode ? "{\n    \"name\": \"ada\"\n}\n"
                : "{\n    \"name\": \"ada\",\n    \"password\": \"\\\"word\\\"\"\n}\n";

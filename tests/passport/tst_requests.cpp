@@ -1,20 +1,14 @@
+#include "passport/Passport.h"
+#include "support/Rows.h"
 #include "support/ScriptedClient.h"
 
-#include <QtTest/QtTest>
-
-using VelqorPassPort::PassportNubelo;
-using Call = std::function<VelqorPassPort::PassportCommunityError(PassportNubelo &)>;
+using VelqorPassPort::Passport;
+using Call = std::function<VelqorPassPort::PassportCommunityError(Passport &)>;
 
 Q_DECLARE_METATYPE(Call)
 
-namespace {
-
-const QVariantMap none;
-
-} // namespace
-
-/// What every operation of the client asks the cloud, what it leaves alone when that fails, and
-/// what captchas and codes make of the answer.
+/// What every operation, called on the facade, asks the cloud, logs, and leaves alone when that
+/// fails; and what captchas and codes make of the answer.
 class tst_Requests : public ScriptedClient
 {
     Q_OBJECT
@@ -29,56 +23,68 @@ private Q_SLOTS:
 
 void tst_Requests::asksTheCloud_data()
 {
-    QTest::addColumn<Call>("call");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("type");
-    QTest::addColumn<QString>("append");
-    QTest::addColumn<QVariantMap>("body");
-    QTest::addColumn<QVariantMap>("params");
-    QTest::addColumn<QVariantMap>("headers");
-    // Tagged with the name of the request.
-    const auto row = [](const char *name, int type, const QVariantMap &body, const Call &call,
-                        const QVariantMap &params = none, const QVariantMap &headers = none,
-                        const QString &append = {}) {
-        QTest::newRow(name) << call << name << type << append << body << params << headers;
+    const auto row = columns<Call, QString, int, QString, QVariantMap, QVariantMap, QVariantMap>(
+        "call", "name", "type", "append", "body", "params", "headers");
+    const auto post = [&](const char *operation, const char *name, const Call &call,
+                          const QVariantMap &body, const QVariantMap &params = {},
+                          const QVariantMap &headers = {}) {
+        row(operation, call, name, 0, {}, body, params, headers);
     };
-    const auto get = [&](const char *name, const QString &append, const QVariantMap &params,
-                         const Call &call) { row(name, 1, none, call, params, none, append); };
+    const auto get = [&](const char *operation, const char *name, const Call &call,
+                         const QString &append = {}, const QVariantMap &params = {}) {
+        row(operation, call, name, 1, append, {}, params, {});
+    };
     const QVariantMap withAll{{"withPerms", true}, {"withDentals", true}};
     const QVariantMap user{{"username", "user"}, {"phoneArea", "86"}};
     const QVariantMap solved = with(user, {{"captcha", "cap"}});
+    const QVariantMap code = with(solved, {{"validCode", "123"}});
+    const QVariantMap size{{"w", "80"}, {"h", "30"}, {"l", "4"}, {"e", "60"}, {"p", "bpwd"}};
+    const Record unknown{Code::JsonErr, {}, {}, {}}; // where the facade returns no record
 
-    row(
-        "userLogin", 0, with(user, {{"password", "pw"}, {"loginType", "VelqorPassPort"}}),
-        [this](auto &c) { return c.logIn("user", "pw", "86", map, true); }, withAll);
-    row("getPassInfo", 0, none, [this](auto &c) { return c.reqGetUserInfo(map, "unsent"); },
-        {{"userID", "42"}}, {{"X-Auth-Token", "T"}});
-    row(
-        "userCodeLogin", 0,
-        with(solved, {{"validCode", "123"}, {"loginType", "VelqorPassPort"}, {"uuid", "login-ID"}}),
-        [this](auto &c) { return c.reqCodeLogIn("user", "86", "cap", "123", map, "unsent"); },
-        withAll);
-    row("userInfoValid", 0, with(solved, {{"uuid", "any-ID"}, {"lang", "en"}, {"source", "any"}}),
-        [this](auto &c) {
-            return c.reqValidCode(data, "cap", "user", "86", "en", "any", "unsent");
-        });
-    row("userExistCheck", 0, with(solved, {{"uuid", "reg-ID"}}),
-        [](auto &c) { return c.isUserExisted("reg", "cap", "user", "86"); });
-    row("rbpwd", 0,
-        with(solved, {{"uuid", "bpwd-ID"}, {"password", "p\"w\xc3\xa4"}, {"validCode", "123"}}),
-        [](auto &c) {
-            return c.reqResetPassword("user", "86", "cap", "123", "p\"w\xc3\xa4", "login");
-        });
-    get("captcha", "/ID", {{"w", "80"}, {"h", "30"}, {"l", "4"}, {"e", "60"}, {"p", "bpwd"}},
-        [this](auto &c) { return c.reqCaptcha(data, "80", "30", "60", "4", "bpwd", "unsent"); });
-    get("fetchCountries", {}, none, [](auto &c) {
+    post(
+        "login", "userLogin", [this](auto &p) { return p.logIn("user", "pw", "86", map, false); },
+        with(user, {{"password", "pw"}, {"loginType", "VelqorPassPort"}}), withAll);
+    post("reqGetUserInfo", "getPassInfo", [this](auto &p) { return p.reqGetUserInfo(map, "no"); },
+         {}, {{"userID", "42"}}, {{"X-Auth-Token", "T"}});
+    post(
+        "reqCodeLogIn", "userCodeLogin",
+        [this](auto &p) { return p.reqCodeLogIn("user", "86", "cap", "123", map, "no", false); },
+        with(code, {{"loginType", "VelqorPassPort"}, {"uuid", "login-ID"}}), withAll);
+    post(
+        "reqValidCode", "userInfoValid",
+        [this](auto &p) { return p.reqValidCode(data, "cap", "user", "86", "en", "any", "no"); },
+        with(solved, {{"uuid", "any-ID"}, {"lang", "en"}, {"source", "any"}}));
+    post(
+        "isUserExisted", "userExistCheck",
+        [](auto &p) { return p.isUserExisted("reg", "cap", "user", "86"); },
+        with(solved, {{"uuid", "reg-ID"}}));
+    post(
+        "reqResetPassword", "rbpwd",
+        [](auto &p) {
+            return p.reqResetPassword("user", "86", "cap", "123", "p\"w\xc3\xa4", "no");
+        },
+        with(code, {{"uuid", "bpwd-ID"}, {"password", "p\"w\xc3\xa4"}}));
+    get(
+        "reqCaptcha", "captcha",
+        [this](auto &p) { return p.reqCaptcha(data, "80", "30", "60", "4", "bpwd", "no"); }, "/ID",
+        size);
+    get("reqCountries", "fetchCountries", [](auto &p) {
         QVariantList list;
-        return c.reqCountries(list);
+        return p.reqCountries(list);
     });
-    get("ipCountry", {}, none, [this](auto &c) { return c.getCurrentPhoneArea(text); });
-    get("getOEMPrivacyColorInfoByType", "/a%2/b%4/t/%4", none,
-        [this](auto &c) { return c.reqGetPrivacy(text, "b%4", "a%2", "unsent", "t"); });
-    get("status", {}, none, [](auto &c) { return c.getNetByStatus(); });
+    get("reqCurrentCountry", "ipCountry",
+        [this](auto &p) { return p.reqCurrentCountry(text, map); });
+    get(
+        "reqGetPrivacy", "getOEMPrivacyColorInfoByType",
+        [=](auto &p) {
+            p.reqGetPrivacy(text, "b%4", "no", false, "a%2", "no", "no");
+            return unknown;
+        },
+        "/a%2/b%4/privacy/%4");
+    get("hasVelqorNet", "status", [=](auto &p) {
+        p.hasVelqorNet();
+        return unknown;
+    });
 }
 
 void tst_Requests::asksTheCloud()
@@ -86,21 +92,25 @@ void tst_Requests::asksTheCloud()
     QFETCH(Call, call);
     QFETCH(QString, append);
     QFETCH(QString, name);
-    client->setUserInfo({{"userID", 42}});
-    client->setToken("T");
-    QVariant ignored;
-    client->reqCaptcha(ignored);
-    QString id = cloud.lastCall().appendToUrl.mid(1);
+    const QString operation = QTest::currentDataTag();
+    Passport facade;
+    QVariantMap ignored;
+    QVariant picture;
+    cloud.play(Script::answering(QVariantMap{{"token", "T"}, {"user_id", 42}}));
     cloud.play(Script::refusing("dberr"));
-    QCOMPARE(call(*client).errorCode, Code::DbErr);
+    facade.logIn({}, {}, {}, ignored, false);
+    facade.reqCaptcha(picture, {}, {}, {}, {}, {}, {});
+    QString id = cloud.lastCall().appendToUrl.mid(1);
+    cloud.play(Script::refusing(R"({"a":1})"));
+    LogCapture log;
+    QCOMPARE(call(facade).errorCode, Code::JsonErr);
+    const QString error = R"( error... 84344833 "{\"a\":1}" QJsonDocument({"a":1}) "{\"a\":1}")";
+    QVERIFY2(log.lines().contains("debug " + operation + error), qPrintable(log.lines().last()));
 
     const auto asked = cloud.lastCall();
     QCOMPARE(asked.name, name);
     QTEST(asked.type, "type");
     QCOMPARE(asked.operation, append.isEmpty() ? "request/6" : "request/7");
-    QCOMPARE(asked.encryption, 0);
-    QCOMPARE(asked.authentication, 0);
-    QCOMPARE(asked.extra, none);
     if (name == "captcha")
         id = asked.appendToUrl.mid(1);
     QCOMPARE(QUuid(id).toString(QUuid::WithoutBraces), id);
@@ -113,13 +123,21 @@ void tst_Requests::asksTheCloud()
     QCOMPARE(shown(asked.envelope).replace(id, "ID"), shown(envelope));
 
     // The failure ended the operation and left everything as it was.
-    QCOMPARE(cloud.calls().size(), 2u);
-    QCOMPARE(data, QVariant(name == "userInfoValid" ? "dberr" : "before"));
+    QCOMPARE(cloud.calls().size(), 4u);
+    QCOMPARE(data, QVariant(name == "userInfoValid" ? R"({"a":1})" : "before"));
     QCOMPARE(map, mapBefore);
     QCOMPARE(text, "before");
-    QCOMPARE(client->token(), "T");
-    client->reqGetUserInfo(map, {});
-    QCOMPARE(map, (QVariantMap{{"userID", 42}}));
+    QCOMPARE(facade.token(), "T");
+
+    cloud.play(Script::answering(QVariantMap{{"token", "T"}}));
+    log.clear();
+    call(facade);
+    QString success = "debug " + operation + " success...";
+    if (name == "getPassInfo")
+        success += ' ' + shown(map).trimmed();
+    else if (operation == "reqCurrentCountry" || operation == "reqGetPrivacy")
+        success += " \"" + text + '"';
+    QCOMPARE(log.lines().contains(success), name != "status");
 }
 
 void tst_Requests::replacesTheCaptchaWithEveryRequest()
