@@ -27,7 +27,6 @@ private Q_SLOTS:
     void contentThatIsNoObject();
     void readsGbkAndWritesLocalText();
     void refusesWhatCannotBeOpened();
-    void leavesUnreadableFilesAlone();
     void fullDiskKeepsOtherKeys();
     void threadsLoseNothing();
 
@@ -115,24 +114,6 @@ void TestInformation::refusesWhatCannotBeOpened()
     QVERIFY(!g_setConfigInformation(name, "alice", nowhere));
     QCOMPARE(log.lines(), QStringList("critical writeFileData open file fail \"" + nowhere + '"'));
     QVERIFY(!QFile::exists(m_dir.filePath("missing")));
-}
-
-void TestInformation::leavesUnreadableFilesAlone()
-{
-    const QByteArray content = R"({"name": "alice"})";
-    m_dir.write(file, content);
-    QVERIFY(QFile::setPermissions(m_dir.path(), QFile::Permissions(0x7777)));
-    const auto readMembers = [this](QFile::Permissions permissions) {
-        QFile::setPermissions(path(), permissions);
-        return inChildProcess([this] {
-            const bool refused = dropRoot() && !g_setConfigInformation(name, "bob", path());
-            return refused ? g_getConfigInformation(path()).size() : -1;
-        });
-    };
-    QCOMPARE(readMembers(QFile::WriteOwner | QFile::WriteUser | QFile::WriteOther), 0);
-    QCOMPARE(readMembers(QFile::ReadOwner | QFile::ReadUser | QFile::ReadOther), 1);
-    QVERIFY(QFile::setPermissions(path(), QFile::ReadOwner | QFile::WriteOwner));
-    QCOMPARE(m_dir.read(file), content);
 }
 
 void TestInformation::fullDiskKeepsOtherKeys()

@@ -31,7 +31,7 @@ private Q_SLOTS:
     void paddings_data();
     void paddings();
     void paddingsThatCannotBeRemoved();
-    void everyLengthInEveryMode();
+    void shortLastPiece();
     void wrongVector();
     void unknownEnumerationValues();
     void keyLengths();
@@ -181,18 +181,12 @@ void TestAes::paddingsThatCannotBeRemoved()
     QCOMPARE(remove(2, zeros), zeros);
 }
 
-void TestAes::everyLengthInEveryMode()
+void TestAes::shortLastPiece()
 {
     const std::string key(32, 'k');
     for (int mode = 0; mode < 4; ++mode) {
         const AESEncryption aes(AESEncryption::AES_256, AESEncryption::Mode(mode),
-                                AESEncryption::PKCS7);
-        for (std::size_t size = 0; size < 300; ++size) {
-            const std::string text(size, char('a' + size % 20));
-            const std::string data = aes.encode(text, key, Vector);
-            QCOMPARE(data.size(), size / 16 * 16 + 16);
-            QCOMPARE(aes.removePadding(aes.decode(data, key, Vector)), text);
-        }
+                                AESEncryption::ZERO);
         // A short last piece is completed; only the modes that work on blocks show it.
         const std::string piece(21, 'd');
         const std::string whole = aes.decode(piece + std::string(11, '\0'), key, Vector);

@@ -3,15 +3,12 @@
 #include "crypto/AESEncryption.h"
 #include "crypto/EDData.h"
 #include "support/LogCapture.h"
+#include "support/Rows.h"
 
 #include <QtCore/QTemporaryDir>
-#include <QtTest/QtTest>
 
-#include <atomic>
 #include <iostream>
 #include <sstream>
-#include <thread>
-#include <vector>
 
 using VelqorPassPort::EDData;
 
@@ -46,52 +43,24 @@ class TestEDData : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        firstUseFromSeveralThreads();
-        checkForcedKernel();
-    }
+    void initTestCase() { checkForcedKernel(); }
     void base64_data();
     void base64();
     void decodingStopsAtAnyOtherCharacter();
     void protectedTextOfEveryLength();
     void protectedTextThatIsCut();
     void filesKeepEveryByte();
-
-private:
-    void firstUseFromSeveralThreads();
 };
-
-void TestEDData::firstUseFromSeveralThreads()
-{
-    std::atomic<bool> go{false};
-    std::vector<std::string> results(8);
-    std::vector<std::thread> threads;
-    threads.reserve(results.size());
-    for (std::string &result : results)
-        threads.emplace_back([&] {
-            while (!go)
-                std::this_thread::yield();
-            result = EDData().global_deserialize(EDData().global_serialize("sixteen letters."));
-        });
-    go = true;
-    for (std::thread &thread : threads)
-        thread.join();
-    for (const std::string &result : results)
-        QCOMPARE(result, std::string("sixteen letters."));
-}
 
 void TestEDData::base64_data()
 {
-    QTest::addColumn<std::string>("bytes");
-    QTest::addColumn<std::string>("text");
+    const auto row = columns<std::string, std::string>("bytes", "text");
     // RFC 4648, section 10.
     const char *texts[] = {"", "Zg==", "Zm8=", "Zm9v", "Zm9vYg==", "Zm9vYmE=", "Zm9vYmFy"};
     for (std::size_t i = 0; i < 7; ++i)
-        QTest::addRow("RFC 4648, %d bytes", int(i))
-            << std::string("foobar").substr(0, i) << std::string(texts[i]);
-    QTest::newRow("zeros") << std::string(2, '\0') << std::string("AAA=");
-    QTest::newRow("both signs") << std::string("\xfb\xff\xbf") << std::string("+/+/");
+        row("RFC 4648", std::string("foobar").substr(0, i), texts[i]);
+    row("zeros", std::string(2, '\0'), "AAA=");
+    row("both signs", "\xfb\xff\xbf", "+/+/");
 }
 
 void TestEDData::base64()

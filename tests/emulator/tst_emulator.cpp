@@ -16,7 +16,6 @@ private Q_SLOTS:
     void cleanupTestCase() { QVERIFY(m_emulator.stop()); } // a sanitizer's finding shows here
     void refusesBadRequests_data();
     void refusesBadRequests();
-    void outlivesRequestsThatAreNotHttp();
     void refusesCallersFromElsewhere_data();
     void refusesCallersFromElsewhere();
     void countsFaultsDown();
@@ -73,20 +72,6 @@ void EmulatorTest::refusesBadRequests()
     QCOMPARE(reply.json().value("status").toString(), "fail");
     QVERIFY2(reply.json().value("result").toString().contains(complaint), reply.body.constData());
     QCOMPARE(m_emulator.devGet("faults").toArray(), QJsonArray());
-}
-
-void EmulatorTest::outlivesRequestsThatAreNotHttp()
-{
-    const QByteArray tooLong = "GET /" + QByteArray(9000, 'a') + " HTTP/1.1\r\n\r\n";
-    for (const QByteArray &bytes :
-         {QByteArray("\r\n\r\n"), QByteArray("GET / HTTP/9\r\n\r\n"),
-          QByteArray("GET /v1/status HTTP/1.1\r\nRange: bytes=9-2,-1,900-\r\n\r\n"), tooLong}) {
-        const auto socket = m_emulator.connectSocket();
-        socket->write(bytes);
-        QVERIFY(socket->waitForReadyRead());
-        QVERIFY(socket->readAll().startsWith("HTTP/1.1 4"));
-        QCOMPARE(m_emulator.http("GET", "/v1/status").code, 200);
-    }
 }
 
 void EmulatorTest::refusesCallersFromElsewhere_data()

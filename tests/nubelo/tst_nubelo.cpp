@@ -127,28 +127,22 @@ void tst_Nubelo::buildsTheRequest()
 
 void tst_Nubelo::requestsAddresses()
 {
-    RawServer server([](QTcpSocket &socket, const QByteArray &request) {
-        if (request.contains(" /form "))
-            socket.write(RawServer::answer(R"({"status":"fail","result":"dbErr"})"));
-        else if (request.contains(" /nothing "))
-            socket.write(RawServer::answer("", 204));
-        else if (request.contains(" /gone "))
-            socket.write(RawServer::answer("gone", 410));
-        else
-            socket.write(RawServer::answer("plain \xC3\xA4"));
+    const QMap<QByteArray, QByteArray> answers{
+        {"/form", RawServer::answer(R"({"status":"fail","result":"dbErr"})")},
+        {"/gone", RawServer::answer("gone", 410)}};
+    RawServer server([&](QTcpSocket &socket, const QByteArray &request) {
+        const QByteArray path = request.split(' ').at(1);
+        socket.write(answers.value(path, RawServer::answer("plain \xC3\xA4")));
     });
     const auto request = [&](const QString &path, const QVariantMap &envelope = {}) {
         return ReplyOutcome::of(manager->request(server.url(path), envelope, {}));
     };
-    auto outcome = request("/probe?x=1#part");
+    const auto outcome = request("/probe?x=1#part");
     QCOMPARE(outcome.order, QStringList("finished"));
     QCOMPARE(outcome.map.value("result").toString(), QString::fromUtf8("plain ä"));
     QVERIFY(server.lastRequest().startsWith("GET /probe?x=1 HTTP/1.1\r\n"));
-
     // The service's form means nothing at an address: any body is text.
-    QCOMPARE(request("/form").map.value("status").toString(), "ok");
-    outcome = request("/nothing", {{"body", QVariantMap{{"a", 1}}}});
-    QCOMPARE(outcome.map.value("result"), QVariant(""));
+    QCOMPARE(request("/form", {{"body", QVariantMap{{"a", 1}}}}).map.value("status"), "ok");
     QVERIFY(server.lastRequest().startsWith("POST "));
     QCOMPARE(request("/gone").code, Error::ContentGoneError);
 }

@@ -5,7 +5,6 @@
 
 #include <ScriptedCloud.h>
 
-#include <QtCore/QDir>
 #include <QtTest/QtTest>
 
 using namespace VelqorPassPort;
@@ -30,7 +29,6 @@ private Q_SLOTS:
     void init();
     void logsItsWholeLife();
     void initialisesAgainAndAgain();
-    void survivesAnAccountFileItCannotWrite();
     void passesValuesThrough();
 
 private:
@@ -111,23 +109,6 @@ void tst_Facade::initialisesAgainAndAgain()
     // The worker is reached again, and it is the worker that does nothing.
     QCOMPARE(passport.initial(dir->path()), 0);
     QCOMPARE(log.lines().mid(1), QStringList("info initial: false"));
-}
-
-void tst_Facade::survivesAnAccountFileItCannotWrite()
-{
-    const LogCapture quiet;
-    Passport passport;
-    // A directory in the file's place stays.
-    const QString inside = dir->filePath("config/account.json/inside");
-    QDir().mkpath(inside);
-    QVariantMap info;
-    for (const QString &path : {dir->filePath("missing"), dir->path()}) {
-        passport.setPassportDir(path);
-        cloud.play(Script::answering(account));
-        QCOMPARE(passport.logIn("ada", "pw", "86", info, true).errorCode, Code::NoError);
-        QVERIFY(passport.getAccountInfo().isEmpty());
-    }
-    QVERIFY(QDir(inside).exists());
 }
 
 void tst_Facade::passesValuesThrough()

@@ -142,7 +142,8 @@ EmulatorProcess::HttpReply EmulatorProcess::http(const QByteArray &method, const
     const int end = answer.indexOf("\r\n\r\n");
     if (end < 0)
         return {};
-    return {answer.mid(int(qstrlen("HTTP/1.1 ")), 3).toInt(), answer.mid(end + 4)};
+    return {answer.mid(int(qstrlen("HTTP/1.1 ")), 3).toInt(), answer.left(end),
+            answer.mid(end + 4)};
 }
 
 std::unique_ptr<QTcpSocket> EmulatorProcess::connectSocket()

@@ -24,6 +24,7 @@ public:
     struct HttpReply
     {
         int code = 0; ///< 0: no whole status line came
+        QByteArray head;
         QByteArray body;
         QJsonObject json() const;
     };
