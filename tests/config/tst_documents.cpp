@@ -166,7 +166,7 @@ void TestDocuments::managerLoadsPathAsGiven()
 
     ConfigMgr found;
     QVERIFY(found.fileExists(relative));
-    QVERIFY(!found.init(relative));
+    QVERIFY(!found.init(relative) && !found.systemConfig());
     QVERIFY(found.init("SystemCfg.cfg")); // and the other document beside it
     QVERIFY(QDir::setCurrent(workingDirectory));
 }
