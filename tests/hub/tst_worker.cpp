@@ -3,8 +3,7 @@
 #include "support/LogCapture.h"
 #include "support/PassportDirectory.h"
 #include "support/Recorder.h"
-
-#include <QtTest/QtTest>
+#include "support/Rows.h"
 
 #include <limits>
 #include <thread>
@@ -14,14 +13,7 @@ using VelqorPassPort::InitialWorker;
 
 namespace {
 
-const QString constructed = "info InitialWorker constructor!";
-const QString deleted = "info InitialWorker deleteLater!";
 const QString psCall = "ps [-A]";
-
-QString hubPathLine(const QString &path)
-{
-    return QStringLiteral("debug m_hubFilePath: \"%1\"").arg(path);
-}
 
 QJsonObject object(const QByteArray &json)
 {
@@ -36,20 +28,15 @@ class TestWorker : public QObject
 
 private Q_SLOTS:
     void init();
-    void cleanup();
 
     void startsTheHub_data();
     void startsTheHub();
     void startsNoHubUnasked();
-    void endsTheHubItStarts();
-    void hubPath_data();
     void hubPath();
     void reloadTimeout_data();
     void reloadTimeout();
 
     void missingDocumentsFailOnce();
-    void askingBeforeLoadingChangesNothing();
-    void keepsDocumentsAcrossExit();
     void threadsStartOnlyOnce();
 
 private:
@@ -65,15 +52,11 @@ void TestWorker::init()
 {
     ServiceLocator::release();
     m_dir = std::make_unique<PassportDirectory>();
+    m_tools.reset(); // before the next one changes PATH
     m_tools = std::make_unique<Recorder>();
     m_tools->add("ps");
     m_tools->add("killall");
     m_tools->add("passportHub");
-}
-
-void TestWorker::cleanup()
-{
-    m_tools.reset();
 }
 
 QString TestWorker::recordedHubPath() const
@@ -90,13 +73,11 @@ void TestWorker::configureRecordedHub() const
 
 void TestWorker::startsTheHub_data()
 {
-    QTest::addColumn<QByteArray>("tunnel");
-    QTest::addColumn<QString>("port");
-    QTest::addColumn<int>("seenAtLook");
-    QTest::addColumn<int>("looks");
-    QTest::newRow("seen at once") << QByteArray(R"({"Port": 8787})") << "8787" << 1 << 1;
-    QTest::newRow("seen at last") << QByteArray(R"({"HostAddress": "h"})") << "0" << 10 << 10;
-    QTest::newRow("seen too late") << QByteArray(R"({"Port": "80"})") << "0" << 11 << 10;
+    const auto row =
+        columns<QByteArray, QString, int, int>("tunnel", "port", "seenAtLook", "looks");
+    row("seen at once", R"({"Port": 8787})", "8787", 1, 1);
+    row("seen at last", R"({"HostAddress": "h"})", "0", 10, 10);
+    row("seen too late", R"({"Port": "80"})", "0", 11, 10);
 }
 
 void TestWorker::startsTheHub()
@@ -112,22 +93,23 @@ void TestWorker::startsTheHub()
         object(R"({"Default": {"StartHub": true}, "Tunnel": )" + tunnel + QByteArray("}")));
     configureRecordedHub();
 
-    LogCapture log;
-    {
-        InitialWorker worker;
-        QVERIFY(worker.initialModule(m_dir->path()));
-    }
+    InitialWorker worker;
+    const LogCapture log;
+    QVERIFY(worker.initialModule(m_dir->path()));
+    worker.exitModule();
     const QString hub =
         QCoreApplication::applicationDirPath() + QLatin1Char('/') + recordedHubPath().chopped(4);
-    QStringList lines{constructed, hubPathLine(hub), "debug startHUb: true"};
-    if (seenAtLook <= looks)
-        lines += "debug g_checkProcessRunning NewHub success";
-    QCOMPARE(log.lines(), lines + QStringList{deleted});
+    QStringList lines{"debug m_hubFilePath: \"" + hub + '"', "debug startHUb: true",
+                      "debug g_checkProcessRunning NewHub success",
+                      "debug exitModule if hub is not start by passport.... true"};
+    if (seenAtLook > looks)
+        lines.removeAt(2);
+    QCOMPARE(log.lines(), lines);
 
     QStringList calls{psCall, QStringLiteral("passportHub [-p] [%1]").arg(port)};
     for (int look = 0; look < looks; ++look)
         calls += psCall;
-    QCOMPARE(m_tools->calls(), calls);
+    QTRY_COMPARE(m_tools->calls(), calls + QStringList("killall [passportHub]"));
     QVERIFY(ServiceLocator::configMgr());
 }
 
@@ -149,61 +131,35 @@ void TestWorker::startsNoHubUnasked()
     QTRY_COMPARE(m_tools->calls(), (QStringList{psCall, "killall [marker]"}));
 }
 
-void TestWorker::endsTheHubItStarts()
-{
-    m_tools->add("ps", "echo passportHub");
-    m_dir->writeSystemCfg(object(R"({"Default": {"StartHub": true}})"));
-    configureRecordedHub();
-    InitialWorker worker;
-    QVERIFY(worker.initialModule(m_dir->path()));
-    LogCapture log;
-    worker.exitModule();
-    QCOMPARE(log.lines(), QStringList{"debug exitModule if hub is not start by passport.... true"});
-    QTRY_COMPARE(m_tools->calls(),
-                 (QStringList{psCall, "passportHub [-p] [0]", psCall, "killall [passportHub]"}));
-}
-
-void TestWorker::hubPath_data()
-{
-    QTest::addColumn<QByteArray>("passportCfg");
-    QTest::addColumn<QString>("path");
-    const QString application = QCoreApplication::applicationDirPath();
-    QTest::newRow("configured") << QByteArray(R"({"hub": {"path": "hub/passportHub.exe"}})")
-                                << application + "/hub/passportHub";
-    QTest::newRow("no suffix") << QByteArray(R"({"hub": {"path": "hub/passportHub"}})")
-                               << application + "/hub/passpor";
-    QTest::newRow("no path") << QByteArray(R"({"hub": {}})") << application.chopped(3);
-    QTest::newRow("no text") << QByteArray(R"({"hub": {"path": 5}})") << application.chopped(3);
-    QTest::newRow("no section") << QByteArray(R"({"hub": "x"})") << application.chopped(3);
-}
-
 void TestWorker::hubPath()
 {
-    QFETCH(QByteArray, passportCfg);
-    QFETCH(QString, path);
+    const QString application = QCoreApplication::applicationDirPath();
+    const QMap<QByteArray, QString> paths{
+        {R"({"hub": {"path": "hub/passportHub.exe"}})", application + "/hub/passportHub"},
+        {R"({"hub": {"path": "hub/passportHub"}})", application + "/hub/passpor"},
+        {R"({"hub": {"path": 5}})", application.chopped(3)},
+        {R"({"hub": "x"})", application.chopped(3)}};
     m_dir->writeSystemCfg(object(R"({"Tunnel": {}})"));
-    m_dir->writePassportCfg(object(passportCfg));
-    InitialWorker worker;
-    LogCapture log;
-    QVERIFY(worker.initialModule(m_dir->path()));
-    QCOMPARE(log.lines().constFirst(), hubPathLine(path));
+    for (auto it = paths.begin(); it != paths.end(); ++it) {
+        m_dir->writePassportCfg(object(it.key()));
+        InitialWorker worker;
+        const LogCapture log;
+        QVERIFY(worker.initialModule(m_dir->path()));
+        QCOMPARE(log.lines().constFirst(), "debug m_hubFilePath: \"" + it.value() + '"');
+    }
 }
 
 void TestWorker::reloadTimeout_data()
 {
-    QTest::addColumn<QByteArray>("seconds");
-    QTest::addColumn<int>("logged");
-    QTest::addColumn<int>("milliseconds");
-    QTest::newRow("seconds") << QByteArray("30") << 30 << 30000;
-    QTest::newRow("zero") << QByteArray("0") << 0 << 0;
-    QTest::newRow("minus one") << QByteArray("-1") << -1 << 5000;
-    QTest::newRow("minus two") << QByteArray("-2") << -2 << -2000;
-    QTest::newRow("no whole number") << QByteArray("2.5") << -1 << 5000;
-    QTest::newRow("text") << QByteArray("\"30\"") << -1 << 5000;
-    QTest::newRow("null") << QByteArray("null") << -1 << 5000;
-    QTest::newRow("beyond an int in milliseconds")
-        << QByteArray("3000000") << 3000000 << std::numeric_limits<int>::max();
-    QTest::newRow("beyond an int in seconds") << QByteArray("3e9") << -1 << 5000;
+    const auto row = columns<QByteArray, int, int>("seconds", "logged", "milliseconds");
+    row("seconds", "30", 30, 30000);
+    row("zero", "0", 0, 0);
+    row("minus one", "-1", -1, 5000);
+    row("minus two", "-2", -2, -2000);
+    row("no whole number", "2.5", -1, 5000);
+    row("text", "\"30\"", -1, 5000);
+    row("beyond an int in milliseconds", "3000000", 3000000, std::numeric_limits<int>::max());
+    row("beyond an int in seconds", "3e9", -1, 5000);
 }
 
 void TestWorker::reloadTimeout()
@@ -214,8 +170,9 @@ void TestWorker::reloadTimeout()
     m_dir->writePassportCfg(
         object(R"({"openwebengine": {"reLoadTimeout": )" + seconds + QByteArray("}}")));
     InitialWorker worker;
+    QCOMPARE(worker.reloadTiemout(), 5000); // asking too early changes nothing
     QVERIFY(worker.initialModule(m_dir->path()));
-    LogCapture log;
+    const LogCapture log;
     QTEST(worker.reloadTiemout(), "milliseconds");
     QCOMPARE(log.lines(), QStringList{QStringLiteral("debug reloadTiemout___ %1").arg(logged)});
 }
@@ -223,52 +180,28 @@ void TestWorker::reloadTimeout()
 void TestWorker::missingDocumentsFailOnce()
 {
     m_dir->writePassportCfg(object(R"({"openwebengine": {"reLoadTimeout": 7}})"));
-    const PassportDirectory good;
-    good.writeSystemCfg(object(R"({"Default": {"StartHub": true}})"));
-
     InitialWorker worker;
     LogCapture log;
     QVERIFY(!worker.initialModule(m_dir->path()));
     QCOMPARE(log.lines(), QStringList{"critical m_sysCfgObj isEmpty!!!"});
-    QCOMPARE(worker.reloadTiemout(), 7000);
+    // What was loaded stays, and nothing starts again before exitModule().
+    m_dir->writeSystemCfg(object(R"({"Tunnel": {}})"));
+    m_dir->writePassportCfg(object(R"({"openwebengine": {"reLoadTimeout": 8}})"));
     log.clear();
-    QVERIFY(worker.initialModule(good.path()));
+    QVERIFY(worker.initialModule(m_dir->path()));
     QCOMPARE(log.lines(), QStringList());
     QCOMPARE(m_tools->calls(), QStringList());
     QVERIFY(!ServiceLocator::configMgr());
-
-    InitialWorker other;
-    log.clear();
-    QVERIFY(!other.initialModule(good.path()));
-    QCOMPARE(log.lines(), QStringList{"critical m_cfgObj isEmpty!!!"});
-    QVERIFY(!ServiceLocator::configMgr());
-}
-
-void TestWorker::askingBeforeLoadingChangesNothing()
-{
-    m_dir->writeSystemCfg(object(R"({"Tunnel": {}})"));
-    m_dir->writePassportCfg(object(R"({"openwebengine": {"reLoadTimeout": 7}})"));
-    InitialWorker worker;
-    QCOMPARE(worker.reloadTiemout(), 5000);
     worker.exitModule();
-    QVERIFY(worker.initialModule(m_dir->path()));
-    QCOMPARE(worker.reloadTiemout(), 7000);
-    QCOMPARE(m_tools->calls(), QStringList{psCall});
-}
-
-void TestWorker::keepsDocumentsAcrossExit()
-{
-    InitialWorker worker;
-    m_dir->writePassportCfg(object(R"({"openwebengine": {"reLoadTimeout": 7}})"));
-    QVERIFY(!worker.initialModule(m_dir->path()));
-    worker.exitModule();
-
-    m_dir->writeSystemCfg(object(R"({"Tunnel": {}})"));
-    m_dir->writePassportCfg(object(R"({"openwebengine": {"reLoadTimeout": 8}})"));
-    LogCapture log;
     QVERIFY(worker.initialModule(m_dir->path()));
     QCOMPARE(log.lines().constLast(), "debug startHUb: false");
     QCOMPARE(worker.reloadTiemout(), 7000);
+
+    QVERIFY(QFile::remove(m_dir->filePath("config/PassPortCfg.cfg")));
+    InitialWorker other;
+    log.clear();
+    QVERIFY(!other.initialModule(m_dir->path()));
+    QCOMPARE(log.lines(), QStringList{"critical m_cfgObj isEmpty!!!"});
 }
 
 void TestWorker::threadsStartOnlyOnce()

@@ -3,8 +3,7 @@
 #include "support/Certificates.h"
 #include "support/RawServer.h"
 #include "support/ReplyOutcome.h"
-
-#include <QtTest/QtTest>
+#include "support/Rows.h"
 
 #include <arpa/inet.h>
 #include <sys/socket.h>
@@ -33,28 +32,23 @@ public:
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof address;
         auto *any = reinterpret_cast<sockaddr *>(&address);
-        m_sockets.push_back(::socket(AF_INET, SOCK_STREAM, 0));
+        m_sockets[0] = ::socket(AF_INET, SOCK_STREAM, 0);
         ::bind(m_sockets[0], any, size);
         ::listen(m_sockets[0], 0);
         ::getsockname(m_sockets[0], any, &size);
         port = ntohs(address.sin_port);
-        for (int i = 0; i < 8; ++i) {
-            m_sockets.push_back(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0));
-            ::connect(m_sockets.back(), any, size);
+        for (int i = 1; i < 9; ++i) {
+            m_sockets[i] = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK, 0);
+            ::connect(m_sockets[i], any, size);
         }
     }
-    ~FullQueue()
-    {
-        for (const int socket : m_sockets)
-            ::close(socket);
-    }
-    FullQueue(const FullQueue &) = delete;
-    FullQueue &operator=(const FullQueue &) = delete;
+    ~FullQueue() { std::for_each(std::begin(m_sockets), std::end(m_sockets), ::close); }
+    Q_DISABLE_COPY(FullQueue)
 
     int port = 0;
 
 private:
-    std::vector<int> m_sockets;
+    int m_sockets[9];
 };
 
 QByteArray redirect(const QString &target, int status = 302)
@@ -79,17 +73,11 @@ private Q_SLOTS:
     void connectionFaults();
     void answerFaults_data();
     void answerFaults();
-    void httpStatuses_data();
     void httpStatuses();
-    void malformedAnswers_data();
-    void malformedAnswers();
     void tlsFaults_data();
     void tlsFaults();
-    void trustsTheConfiguredAuthority();
     void redirects_data();
     void redirects();
-    void proxyFaults_data();
-    void proxyFaults();
     void refusedBeforeSending_data();
     void refusedBeforeSending();
     void managerDestroyed();
@@ -105,6 +93,10 @@ private:
         configure({{"cloudEnvironment", "test"},
                    {"environments", QVariantMap{{"test", QVariantMap{{"cloud", address}}}}}});
     }
+    void limit(int connectMs, int totalMs)
+    {
+        configure({{"timeouts", QVariantMap{{"connectMs", connectMs}, {"totalMs", totalMs}}}});
+    }
     ReplyOutcome post(const QVariantMap &headers = {})
     {
         return ReplyOutcome::of(manager->request(
@@ -114,29 +106,25 @@ private:
     }
     void expect(const ReplyOutcome &outcome, int code, bool ssl = false)
     {
-        QVERIFY(outcome.ended);
-        QCOMPARE(outcome.finished, 1);
         QCOMPARE(QString::number(outcome.code, 16), QString::number(code, 16));
-        QCOMPARE(outcome.order, ssl ? QStringList({"ssl", "error", "finished"})
-                                    : QStringList({"error", "finished"}));
+        QCOMPARE(outcome.order.join(' '), ssl ? "ssl error finished" : "error finished");
         QVERIFY(outcome.fromLaterTurn);
     }
 
     std::unique_ptr<Manager> manager;
-    std::unique_ptr<Certificates> certificates;
+    Certificates certificates;
 };
 
 void tst_Faults::initTestCase()
 {
     QLoggingCategory::setFilterRules("nubelo=false");
-    certificates = std::make_unique<Certificates>();
-    QVERIFY2(certificates->isValid(), "the openssl command is needed");
+    QVERIFY2(certificates.isValid(), "the openssl command is needed");
 }
 
 void tst_Faults::init()
 {
     manager = std::make_unique<Manager>();
-    configure({{"timeouts", QVariantMap{{"connectMs", 4000}, {"totalMs", 5000}}}});
+    limit(4000, 5000);
 }
 
 // Whatever happened, the same Manager serves the next request.
@@ -145,35 +133,38 @@ void tst_Faults::cleanup()
     if (!manager)
         return;
     RawServer server(RawServer::answering(good));
-    configure({{"proxy", "none"},
-               {"tls", QVariantMap{{"caFile", ""}}},
-               {"timeouts", QVariantMap{{"connectMs", 4000}, {"totalMs", 5000}}}});
+    configure({{"proxy", "none"}, {"tls", QVariantMap{{"caFile", ""}}}});
+    limit(4000, 5000);
     useAddress(server.url());
-    const auto outcome = post();
-    QCOMPARE(outcome.order, QStringList("finished"));
-    QCOMPARE(outcome.map.value("result").toInt(), 1);
-    manager.reset();
+    QCOMPARE(post().order, QStringList("finished"));
 }
 
 void tst_Faults::connectionFaults_data()
 {
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("code");
-    QTest::newRow("refused") << "refused" << network(1);
-    QTest::newRow("unknown host") << "host" << network(3);
-    QTest::newRow("connect deadline") << "connect" << network(4);
-    QTest::newRow("total deadline") << "silent" << network(4);
-    QTest::newRow("total deadline outlasts a drip") << "drip" << network(4);
-    QTest::newRow("total deadline over redirects") << "redirects" << network(4);
+    const auto row = columns<QString, bool, int>("kind", "proxy", "code");
+    row("refused", "refused", false, network(1));
+    row("unknown host", "host", false, network(3));
+    row("connect deadline", "connect", false, network(4));
+    row("total deadline", "silent", false, network(4));
+    row("total deadline outlasts a drip", "drip", false, network(4));
+    row("total deadline over redirects", "redirects", false, network(4));
+    row("proxy refused", "refused", true, network(101));
+    row("proxy not found", "host", true, network(103));
+    row("proxy time-out", "connect", true, network(104));
+    row("proxy asks for credentials", "credentials", true, network(105));
+    row("proxy asks for credentials, tunnel", "tunnel", true, network(105));
 }
 
 void tst_Faults::connectionFaults()
 {
     QFETCH(QString, kind);
+    QFETCH(bool, proxy);
     QFETCH(int, code);
     FullQueue full;
-    RawServer slow([&](QTcpSocket &socket, const QByteArray &) {
-        if (kind == "drip") {
+    RawServer server([&](QTcpSocket &socket, const QByteArray &) {
+        if (proxy) {
+            socket.write(RawServer::answer("", 407, "Proxy-Authenticate: Basic realm=\"p\"\r\n"));
+        } else if (kind == "drip") {
             socket.write("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n");
             auto *timer = new QTimer(&socket);
             QObject::connect(timer, &QTimer::timeout, &socket, [&socket] { socket.write("x"); });
@@ -182,36 +173,47 @@ void tst_Faults::connectionFaults()
             QTimer::singleShot(150, &socket, [&socket] { socket.write(redirect("/again", 307)); });
         }
     });
+    QString address = server.url();
     if (kind == "refused")
-        useAddress(QString("http://127.0.0.1:%1").arg(RawServer::closedPort()));
+        address = QString("http://127.0.0.1:%1").arg(RawServer::closedPort());
     else if (kind == "host")
-        useAddress("http://no-such-host.invalid");
+        address = "http://no-such-host.invalid:3128";
     else if (kind == "connect")
-        useAddress(QString("http://127.0.0.1:%1").arg(full.port));
-    else
-        useAddress(slow.url());
-    if (code == network(4))
-        configure({{"timeouts",
-                    QVariantMap{{"connectMs", 300}, {"totalMs", kind == "connect" ? 5000 : 500}}}});
+        address = QString("http://127.0.0.1:%1").arg(full.port);
+    if (proxy)
+        configure({{"proxy", address}});
+    useAddress(!proxy             ? address
+               : kind == "tunnel" ? "https://service.invalid"
+                                  : "http://service.invalid");
+    if (code == network(4) || code == network(104))
+        limit(300, kind == "connect" ? 5000 : 500);
     expect(post(), code);
 }
 
 void tst_Faults::answerFaults_data()
 {
-    QTest::addColumn<QByteArray>("sent");
-    QTest::newRow("closed at once") << QByteArray();
-    QTest::newRow("closed in the headers") << QByteArray("HTTP/1.1 200 OK\r\nContent-Le");
-    QTest::newRow("closed in the body")
-        << QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 50\r\n\r\n{\"sta");
-    QTest::newRow("closed in a chunk")
-        << QByteArray("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nff\r\n{\"sta");
-    QTest::newRow("over the size limit") << RawServer::answer(QByteArray(2000, ' '));
-    QTest::newRow("reset") << QByteArray("reset");
+    const auto row = columns<QByteArray, int>("sent", "code");
+    const QByteArray head = "HTTP/1.1 200 OK\r\n";
+    const int closed = network(2), malformed = network(399);
+    row("closed at once", {}, closed);
+    row("closed in the headers", head + "Content-Le", closed);
+    row("closed in the body", head + "Content-Length: 50\r\n\r\n{\"sta", closed);
+    row("closed in a chunk", head + "Transfer-Encoding: chunked\r\n\r\nff\r\n{\"sta", closed);
+    row("over the size limit", RawServer::answer(QByteArray(2000, ' ')), closed);
+    row("reset", "reset", closed);
+    row("empty", RawServer::answer(""), malformed);
+    row("array", RawServer::answer("[1]"), malformed);
+    row("object without status", RawServer::answer(R"({"result":1})"), malformed);
+    row("status is no text", RawServer::answer(R"({"status":1,"result":1})"), malformed);
+    row("cut short within its length", RawServer::answer(R"({"status":"ok","result)"), malformed);
+    row("not HTTP", "SSH-2.0-server\r\n\r\n", malformed);
+    row("304", RawServer::answer("", 304), malformed);
 }
 
 void tst_Faults::answerFaults()
 {
     QFETCH(QByteArray, sent);
+    QFETCH(int, code);
     RawServer server([&](QTcpSocket &socket, const QByteArray &) {
         if (sent == "reset") {
             const linger now{1, 0};
@@ -224,151 +226,104 @@ void tst_Faults::answerFaults()
     });
     useAddress(server.url());
     configure({{"limits", QVariantMap{{"answerBytes", 1000}}}});
-    expect(post(), network(2));
-}
-
-void tst_Faults::httpStatuses_data()
-{
-    QTest::addColumn<int>("status");
-    QTest::addColumn<int>("code");
-    const QList<QPair<int, int>> table{{400, 302}, {401, 204}, {402, 299}, {403, 201}, {404, 203},
-                                       {405, 202}, {407, 105}, {409, 206}, {410, 207}, {429, 299},
-                                       {500, 401}, {501, 402}, {502, 499}, {503, 403}, {599, 499}};
-    for (const auto &[status, e] : table)
-        QTest::addRow("%d", status) << status << network(e);
+    expect(post(), code);
 }
 
 void tst_Faults::httpStatuses()
 {
-    QFETCH(int, status);
-    QFETCH(int, code);
-    RawServer html(RawServer::answering(RawServer::answer("<html>", status)));
-    useAddress(html.url());
-    ReplyOutcome outcome = post();
-    expect(outcome, code);
-    QCOMPARE(outcome.map, QVariantMap());
-
-    // An answer of the service's form is delivered all the same.
-    RawServer json(
-        RawServer::answering(RawServer::answer(R"({"status":"fail","result":"dbErr"})", status)));
-    useAddress(json.url());
-    outcome = post();
-    expect(outcome, code);
-    QCOMPARE(outcome.map, (QVariantMap{{"status", "fail"}, {"result", "dbErr"}}));
-}
-
-void tst_Faults::malformedAnswers_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::newRow("empty") << RawServer::answer("");
-    QTest::newRow("no JSON") << RawServer::answer("<html>");
-    QTest::newRow("array") << RawServer::answer("[1]");
-    QTest::newRow("object without status") << RawServer::answer(R"({"result":1})");
-    QTest::newRow("status is no text") << RawServer::answer(R"({"status":1,"result":1})");
-    QTest::newRow("cut short within its length") << RawServer::answer(R"({"status":"ok","result)");
-    QTest::newRow("nested too deep")
-        << RawServer::answer(R"({"status":"ok","result":)" + QByteArray(5000, '['));
-    QTest::newRow("not HTTP") << QByteArray("SSH-2.0-server\r\n\r\n");
-    QTest::newRow("304") << RawServer::answer("", 304);
-}
-
-void tst_Faults::malformedAnswers()
-{
-    QFETCH(QByteArray, bytes);
-    RawServer server([&](QTcpSocket &socket, const QByteArray &) {
-        socket.write(bytes);
-        socket.disconnectFromHost();
-    });
-    useAddress(server.url());
-    expect(post(), network(399));
+    const QMap<int, int> table{{400, 302}, {401, 204}, {402, 299}, {403, 201}, {404, 203},
+                               {405, 202}, {407, 105}, {409, 206}, {410, 207}, {429, 299},
+                               {500, 401}, {501, 402}, {502, 499}, {503, 403}, {599, 499}};
+    for (auto it = table.begin(); it != table.end(); ++it) {
+        RawServer html(RawServer::answering(RawServer::answer("<html>", it.key())));
+        useAddress(html.url());
+        ReplyOutcome outcome = post();
+        expect(outcome, network(it.value()));
+        QCOMPARE(outcome.map, QVariantMap());
+        // An answer of the service's form is delivered all the same.
+        RawServer json(RawServer::answering(
+            RawServer::answer(R"({"status":"fail","result":"dbErr"})", it.key())));
+        useAddress(json.url());
+        outcome = post();
+        expect(outcome, network(it.value()));
+        QCOMPARE(outcome.map, (QVariantMap{{"status", "fail"}, {"result", "dbErr"}}));
+    }
 }
 
 void tst_Faults::tlsFaults_data()
 {
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("reason");
-    QTest::newRow("self-signed") << "self" << int(QSslError::SelfSignedCertificate);
-    QTest::newRow("expired") << "expired" << int(QSslError::CertificateExpired);
-    QTest::newRow("wrong host") << "host" << int(QSslError::HostNameMismatch);
-    QTest::newRow("unknown issuer")
-        << "issuer" << int(QSslError::UnableToGetLocalIssuerCertificate);
-    QTest::newRow("version too old") << "version" << int(QSslError::UnspecifiedError);
+    const auto row = columns<QString, int>("kind", "reason");
+    row("self-signed", "self", QSslError::SelfSignedCertificate);
+    row("expired", "expired", QSslError::CertificateExpired);
+    row("wrong host", "host", QSslError::HostNameMismatch);
+    row("unknown issuer", "issuer", QSslError::UnableToGetLocalIssuerCertificate);
+    row("version too old", "version", QSslError::UnspecifiedError);
+    row("trusted", "good", QSslError::NoError);
 }
 
 void tst_Faults::tlsFaults()
 {
     QFETCH(QString, kind);
     QSslConfiguration tls =
-        certificates->server(kind == "host" ? "DNS:other.example" : "IP:127.0.0.1",
-                             kind == "expired" ? -1 : 1, kind == "self");
+        certificates.server(kind == "host" ? "DNS:other.example" : "IP:127.0.0.1",
+                            kind == "expired" ? -1 : 1, kind == "self");
     if (kind == "version")
         tls.setProtocol(QSsl::TlsV1_2);
     RawServer server(RawServer::answering(good), tls);
     useAddress(server.url());
-    configure({{"tls", QVariantMap{{"caFile", kind == "issuer" ? "" : certificates->authority()},
+    configure({{"tls", QVariantMap{{"caFile", kind == "issuer" ? "" : certificates.authority()},
                                    {"minimumVersion", kind == "version" ? "1.3" : "1.2"}}}});
     const ReplyOutcome outcome = post();
+    if (kind == "good") {
+        QCOMPARE(outcome.order, QStringList("finished"));
+        return;
+    }
     expect(outcome, network(6), true);
     QCOMPARE(outcome.sslErrors.size(), 1);
     QTEST(int(outcome.sslErrors.first().error()), "reason");
     QCOMPARE(server.requests(), 0);
 }
 
-void tst_Faults::trustsTheConfiguredAuthority()
-{
-    RawServer server(RawServer::answering(good), certificates->server("IP:127.0.0.1"));
-    useAddress(server.url());
-    configure({{"tls", QVariantMap{{"caFile", certificates->authority()}}}});
-    QCOMPARE(post().order, QStringList("finished"));
-}
-
 void tst_Faults::redirects_data()
 {
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<QByteArray>("method"); // that the target saw
-    QTest::newRow("same origin keeps all, 307") << "same 307" << 0 << QByteArray("POST");
-    QTest::newRow("same origin becomes a GET, 302") << "same 302" << 0 << QByteArray("GET");
-    QTest::newRow("same origin becomes a GET, 303") << "same 303" << 0 << QByteArray("GET");
-    QTest::newRow("other origin, nothing to give away") << "other 302" << 0 << QByteArray("GET");
-    QTest::newRow("other origin, body") << "other 307" << network(11) << QByteArray();
-    QTest::newRow("other origin, token") << "other 302 token" << network(11) << QByteArray();
-    QTest::newRow("https left") << "leave 302" << network(11) << QByteArray();
-    QTest::newRow("another protocol") << "file" << network(301) << QByteArray();
-    QTest::newRow("without end") << "loop" << network(10) << QByteArray();
+    // The method is the one that the target saw.
+    const auto row = columns<QString, int, int, QByteArray>("kind", "status", "code", "method");
+    row("same origin keeps all", "same", 307, 0, "POST");
+    row("same origin becomes a GET, 302", "same", 302, 0, "GET");
+    row("same origin becomes a GET, 303", "same", 303, 0, "GET");
+    row("other origin, nothing to give away", "other", 302, 0, "GET");
+    row("other origin, body", "other", 307, network(11), {});
+    row("other origin, token", "token", 302, network(11), {});
+    row("https left", "leave", 302, network(11), {});
+    row("another protocol", "file", 302, network(301), {});
+    row("without end", "loop", 307, network(10), {});
 }
 
 void tst_Faults::redirects()
 {
     QFETCH(QString, kind);
+    QFETCH(int, status);
     QFETCH(int, code);
     QFETCH(QByteArray, method);
-    const int status = kind.section(' ', 1, 1).toInt();
     RawServer other(RawServer::answering(good));
+    const QMap<QString, QString> targets{
+        {"same", "/target"}, {"loop", "/again"}, {"file", "file:///etc/hostname"}};
     RawServer server(
         [&](QTcpSocket &socket, const QByteArray &request) {
-            if (request.contains(" /target "))
-                socket.write(good);
-            else if (kind.startsWith("same"))
-                socket.write(redirect("/target", status));
-            else if (kind == "loop")
-                socket.write(redirect("/again", 307));
-            else if (kind == "file")
-                socket.write(redirect("file:///etc/hostname"));
-            else
-                socket.write(redirect(other.url("/target"), status));
+            const QString target = targets.value(kind, other.url("/target"));
+            socket.write(request.contains(" /target ") ? good : redirect(target, status));
         },
-        kind.startsWith("leave") ? certificates->server("IP:127.0.0.1") : QSslConfiguration());
+        kind == "leave" ? certificates.server("IP:127.0.0.1") : QSslConfiguration());
     useAddress(server.url());
-    configure({{"tls", QVariantMap{{"caFile", certificates->authority()}}}});
+    configure({{"tls", QVariantMap{{"caFile", certificates.authority()}}}});
 
     const ReplyOutcome outcome =
-        post(kind.endsWith("token") ? QVariantMap{{"X-Auth-Token", "T"}} : QVariantMap());
-    const RawServer &target = kind.startsWith("same") ? server : other;
+        post(kind == "token" ? QVariantMap{{"X-Auth-Token", "T"}} : QVariantMap());
+    const QByteArray seen = (kind == "same" ? server : other).lastRequest();
     if (code == 0) {
         QCOMPARE(outcome.order, QStringList("finished"));
-        QCOMPARE(target.lastRequest().startsWith(method + " /target "), true);
-        QCOMPARE(target.lastRequest().contains(R"({"a":"b"})"), method == "POST");
+        QVERIFY(seen.startsWith(method + " /target "));
+        QCOMPARE(seen.contains(R"({"a":"b"})"), method == "POST");
     } else {
         expect(outcome, code);
         QCOMPARE(other.connections(), 0);
@@ -377,68 +332,27 @@ void tst_Faults::redirects()
         QCOMPARE(server.requests(), 11);
 }
 
-void tst_Faults::proxyFaults_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("target");
-    QTest::addColumn<int>("code");
-    const QString http = "http://service.invalid", https = "https://service.invalid";
-    QTest::newRow("refused") << "refused" << http << network(101);
-    QTest::newRow("not found") << "host" << http << network(103);
-    QTest::newRow("time-out") << "connect" << http << network(104);
-    QTest::newRow("asks for credentials") << "credentials" << http << network(105);
-    QTest::newRow("asks for credentials, tunnel") << "credentials" << https << network(105);
-}
-
-void tst_Faults::proxyFaults()
-{
-    QFETCH(QString, kind);
-    QFETCH(QString, target);
-    QFETCH(int, code);
-    FullQueue full;
-    RawServer proxy(RawServer::answering(
-        RawServer::answer("", 407, "Proxy-Authenticate: Basic realm=\"p\"\r\n")));
-    useAddress(target);
-    QString address = proxy.url();
-    if (kind == "refused")
-        address = QString("http://127.0.0.1:%1").arg(RawServer::closedPort());
-    else if (kind == "host")
-        address = "http://no-such-proxy.invalid:3128";
-    else if (kind == "connect")
-        address = QString("http://127.0.0.1:%1").arg(full.port);
-    configure({{"proxy", address}, {"timeouts", QVariantMap{{"connectMs", 500}}}});
-    expect(post(), code);
-}
-
 void tst_Faults::refusedBeforeSending_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QVariantMap>("envelope");
-    QTest::addColumn<int>("code");
-    const QVariantMap cloud{{"source", "cloud"}};
-    QTest::newRow("unknown name") << "noSuchName" << cloud << 0x7000;
-    QTest::newRow("empty name") << "" << cloud << 0x7000;
-    QTest::newRow("other protocol") << "ftp://127.0.0.1/" << cloud << 0x7000;
-    QTest::newRow("unknown source") << "status" << QVariantMap{{"source", "other"}} << 0x7006;
-    QTest::newRow("no source") << "status" << QVariantMap{} << 0x7006;
-    QTest::newRow("address without host") << "http://" << cloud << 0x7004;
-    QTest::newRow("line break in a header")
-        << "status"
-        << QVariantMap{{"source", "cloud"}, {"headers", QVariantMap{{"X-A", "b\r\nX-C: d"}}}}
-        << 0x7004;
-    QTest::newRow("space in a header's name")
-        << "status" << QVariantMap{{"source", "cloud"}, {"headers", QVariantMap{{"X A", "b"}}}}
-        << 0x7004;
+    const auto row =
+        columns<QString, QString, QVariantMap, int>("name", "source", "headers", "code");
+    row("unknown name", "noSuchName", "cloud", {}, 0x7000);
+    row("other protocol", "ftp://127.0.0.1/", "cloud", {}, 0x7000);
+    row("unknown source", "status", "other", {}, 0x7006);
+    row("address without host", "http://", "cloud", {}, 0x7004);
+    row("line break in a header", "status", "cloud", {{"X-A", "b\r\nX-C: d"}}, 0x7004);
+    row("space in a header's name", "status", "cloud", {{"X A", "b"}}, 0x7004);
 }
 
 void tst_Faults::refusedBeforeSending()
 {
     QFETCH(QString, name);
-    QFETCH(QVariantMap, envelope);
+    QFETCH(QString, source);
+    QFETCH(QVariantMap, headers);
     QFETCH(int, code);
     RawServer server(RawServer::answering(good));
     useAddress(server.url());
-    Nubelo::Reply *reply = manager->request(name, envelope, {});
+    auto *reply = manager->request(name, {{"source", source}, {"headers", headers}}, {});
     QCOMPARE(int(reply->status()), code);
     expect(ReplyOutcome::of(reply), code);
     QCOMPARE(server.connections(), 0);

@@ -1,12 +1,6 @@
-#include "passport/PassportNubelo.h"
-#include "support/LogCapture.h"
-
-#include <ScriptedCloud.h>
-
-#include <QtTest/QtTest>
-
-using namespace VelqorPassPort;
-using Code = CommunityErrorCode;
+#include "common/HandOver_p.h"
+#include "support/Rows.h"
+#include "support/ScriptedClient.h"
 
 namespace {
 
@@ -30,110 +24,149 @@ const QVariantMap account{{"companyName", "Velqor"},
                           {"user_id", 42},
                           {"more", "kept"}};
 
-QVariantMap with(QVariantMap map, const QVariantMap &changes)
-{
-    for (auto it = changes.begin(); it != changes.end(); ++it)
-        map[it.key()] = it.value();
-    return map;
-}
-
 } // namespace
 
-/// Password sign-in, the profile and how answers are merged into it.
-class tst_SignIn : public QObject
+/// Both sign-ins, the profile and how answers are merged into it.
+class tst_SignIn : public ScriptedClient
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void sendsTheSignInAndFetchesTheProfile();
-    void storesNothingWhenTheSignInFails();
-    void succeedsWithoutTheProfile();
+    void signsInAndFetchesTheProfile_data();
+    void signsInAndFetchesTheProfile();
+    void needsAToken();
+    void survivesItsDestruction_data();
+    void survivesItsDestruction();
     void refusesTheProfileOfNobody();
     void convertsAndRenamesFields();
     void mergesLaterAnswers_data();
     void mergesLaterAnswers();
     void signsOutLocally();
-    void linksWithoutSubstitutingTwice();
 
 private:
+    Record signIn(bool byCode)
+    {
+        return byCode ? client->reqCodeLogIn("user", {}, {}, {}, map)
+                      : client->logIn("user", "pw", {}, map, false);
+    }
     QVariantMap stored(); // by way of a profile query that brings nothing
-
-    ScriptedCloud &cloud = ScriptedCloud::instance();
-    std::unique_ptr<PassportNubelo> client;
 };
-
-void tst_SignIn::init()
-{
-    cloud.reset();
-    client = std::make_unique<PassportNubelo>();
-}
 
 QVariantMap tst_SignIn::stored()
 {
     const QString token = client->token();
     client->setToken("any");
     cloud.play(Script::answering(QVariantMap{}));
-    QVariantMap map;
-    client->reqGetUserInfo(map, {});
+    QVariantMap profile;
+    client->reqGetUserInfo(profile, {});
     client->setToken(token);
-    return map;
+    return profile;
 }
 
-void tst_SignIn::sendsTheSignInAndFetchesTheProfile()
+void tst_SignIn::signsInAndFetchesTheProfile_data()
 {
+    const auto row = columns<bool, bool, int>("byCode", "fails", "code");
+    row("password", false, false, Code::NoError);
+    row("password succeeds without the profile", false, true, Code::NoError);
+    row("code", true, false, Code::NoError);
+    row("code reports the profile", true, true, Code::DbErr);
+}
+
+void tst_SignIn::signsInAndFetchesTheProfile()
+{
+    QFETCH(bool, byCode);
+    QFETCH(bool, fails);
     cloud.play(Script::answering(account));
-    cloud.play(Script::answering(with(account, {{"token", "another"}, {"nick_name", "Ada L."}})));
-    QVariantMap info{{"old", 1}};
+    cloud.play(fails ? Script::refusing("dberr")
+                     : Script::answering(with(account, {{"token", "T2"}, {"nick_name", "A."}})));
     const LogCapture log;
-    const auto record = client->logIn(QString::fromUtf8("ädä"), "p\"w", "86", info, true);
-    QCOMPARE(record.errorCode, Code::NoError);
+    QTEST(int(signIn(byCode).errorCode), "code");
 
-    const auto calls = cloud.calls();
-    QCOMPARE(cloud.names(), QStringList({"userLogin", "getPassInfo"}));
-    QCOMPARE(calls[1].envelope.value("headers").toMap(), (QVariantMap{{"X-Auth-Token", "T1"}}));
-    QCOMPARE(calls[1].envelope.value("params").toMap(), (QVariantMap{{"userID", "42"}}));
-
+    QCOMPARE(cloud.names(), QStringList({byCode ? "userCodeLogin" : "userLogin", "getPassInfo"}));
+    const QVariantMap query = cloud.lastCall().envelope;
+    QCOMPARE(query.value("headers").toMap(), (QVariantMap{{"X-Auth-Token", "T1"}}));
+    QCOMPARE(query.value("params").toMap(), (QVariantMap{{"userID", "42"}}));
     // The profile's token is data; the session's is the sign-in's.
     QCOMPARE(client->token(), "T1");
-    QCOMPARE(info.value("token"), QVariant("another"));
-    QCOMPARE(info.value("nickName"), QVariant("Ada L."));
-    QVERIFY(!info.contains("old"));
     QCOMPARE(log.lines().filter("token changed"), QStringList("debug token changed \"T1\""));
+    if (fails && !byCode)
+        QCOMPARE(map, mapBefore);
+    const QVariantMap kept = !fails || byCode ? map : stored();
+    QVERIFY(!kept.contains("old"));
+    QCOMPARE(kept.value("token"), QVariant(fails ? "T1" : "T2"));
+    QCOMPARE(kept.value("nickName"), QVariant(fails ? "Ada" : "A."));
+    if (fails) {
+        QCOMPARE(kept.value("source"), QVariant("product"));
+        QCOMPARE(kept.value("status"), QVariant(true));
+    }
 }
 
-void tst_SignIn::storesNothingWhenTheSignInFails()
+void tst_SignIn::needsAToken()
 {
-    cloud.play(Script::refusing("pwderr"));
-    QVariantMap info{{"old", 1}};
-    QCOMPARE(client->logIn("a", "b", "c", info, false).errorMessage, "pwdErr");
-    QCOMPARE(info, (QVariantMap{{"old", 1}}));
-    QCOMPARE(client->token(), "");
-    QCOMPARE(cloud.calls().size(), 1u);
-    client->setToken("T");
-    QCOMPARE(client->reqGetUserInfo(info, {}).errorCode, Code::AuthErr);
+    client->setToken("T0");
+    for (const QVariant &answer : {QVariant(QVariantMap{{"more", 1}}), QVariant("no account")}) {
+        cloud.play(Script::answering(answer));
+        QCOMPARE(signIn(true).errorCode, Code::AuthErr);
+        QCOMPARE(client->token(), "");
+        QCOMPARE(map.value("status").type(), QVariant::Bool);
+    }
+    QCOMPARE(cloud.calls().size(), 2u);
 }
 
-void tst_SignIn::succeedsWithoutTheProfile()
+void tst_SignIn::survivesItsDestruction_data()
 {
-    cloud.play(Script::answering(account));
-    cloud.play(Script::refusing("dberr"));
-    QVariantMap info{{"old", 1}};
-    QCOMPARE(client->logIn("a", "b", "c", info, false).errorCode, Code::NoError);
-    QCOMPARE(info, (QVariantMap{{"old", 1}}));
-    QCOMPARE(stored().value("source"), QVariant("product"));
-    QCOMPARE(stored().value("status"), QVariant(true));
+    const auto row = columns<bool, int>("byCode", "request");
+    row("password", false, 1);
+    row("password, in the profile query", false, 2);
+    row("code", true, 1);
+    row("code, in the profile query", true, 2);
+}
+
+void tst_SignIn::survivesItsDestruction()
+{
+    QFETCH(bool, byCode);
+    QFETCH(int, request);
+    if (request == 2)
+        cloud.play(Script::answering(account));
+    // The answer is there, but a slot of the waiting thread runs before the wait has ended.
+    Gate gate;
+    QSemaphore answered;
+    Script script;
+    script.then([&](Nubelo::Reply *) {
+        handOver();
+        QMetaObject::invokeMethod(
+            qApp,
+            [&] {
+                takeOver();
+                gate.awaitArrival();
+                gate.open();
+                answered.acquire();
+                client.reset();
+            },
+            Qt::QueuedConnection);
+        gate.hold();
+    });
+    script.then([&](Nubelo::Reply *reply) {
+        Q_EMIT reply->finished({{"status", "ok"}, {"result", account}});
+    });
+    script.then([&](Nubelo::Reply *) { answered.release(); });
+    cloud.play(script);
+
+    QCOMPARE(signIn(byCode).errorCode, Code::EC_IsAborted);
+    QVERIFY(!client);
+    QCOMPARE(map, mapBefore);
 }
 
 void tst_SignIn::refusesTheProfileOfNobody()
 {
-    QVariantMap info{{"old", 1}};
-    const auto record = client->reqGetUserInfo(info, "any");
+    client->setToken("T");
+    const Record record = client->reqGetUserInfo(map, "any");
     QCOMPARE(record.errorCode, Code::AuthErr);
     QCOMPARE(record.errorName, "AuthErr");
+    client->setToken("");
     client->setUserInfo(account); // a profile, but no token
-    QCOMPARE(client->reqGetUserInfo(info, "any").errorCode, Code::AuthErr);
-    QCOMPARE(info, (QVariantMap{{"old", 1}}));
+    QCOMPARE(client->reqGetUserInfo(map, "any").errorCode, Code::AuthErr);
+    QCOMPARE(map, mapBefore);
     QVERIFY(cloud.calls().empty());
 }
 
@@ -149,45 +182,34 @@ void tst_SignIn::convertsAndRenamesFields()
                                                 {"phone", "12345"},
                                                 {"phoneArea", "86"},
                                                 {"userID", "42"}});
-    const QVariantMap map = stored();
-    QCOMPARE(map.keys(), expected.keys());
-    for (auto it = expected.begin(); it != expected.end(); ++it) {
-        QCOMPARE(map.value(it.key()), it.value());
-        QCOMPARE(map.value(it.key()).type(), it.value().type());
-    }
+    QCOMPARE(shown(stored()), shown(expected));
 }
 
 void tst_SignIn::mergesLaterAnswers_data()
 {
-    QTest::addColumn<QVariantMap>("answer");
-    QTest::addColumn<QVariantMap>("changes");
-    QTest::newRow("nothing known")
-        << QVariantMap{{"more", "new"}, {"email", "new"}} << QVariantMap{};
-    QTest::newRow("company fields need all three")
-        << QVariantMap{{"companyName", "N"}, {"companyType", "T"}} << QVariantMap{};
-    QTest::newRow("company fields without token")
-        << QVariantMap{{"companyName", "N"},
-                       {"companyType", "T"},
-                       {"companyPurpose", 1},
-                       {"email", "new"}}
-        << QVariantMap{{"companyName", "N"}, {"companyType", "T"}, {"companyPurpose", "1"}};
-    QTest::newRow("a token empties what is missing")
-        << QVariantMap{{"token", "T2"}, {"email", "new"}, {"factory_objs", "text"}, {"more", "new"}}
-        << QVariantMap{{"country", ""},
-                       {"defaultDentalOrderReceive", false},
-                       {"email", "new"},
-                       {"factoryObjs", "text"},
-                       {"lastIP", ""},
-                       {"lastLogin", ""},
-                       {"nickName", ""},
-                       {"oems", QStringList()},
-                       {"perms", QStringList()},
-                       {"phone", ""},
-                       {"phoneArea", ""},
-                       {"source", ""},
-                       {"status", false},
-                       {"token", "T2"},
-                       {"userID", ""}};
+    const auto row = columns<QVariantMap, QVariantMap>("answer", "changes");
+    const QVariantMap two{{"companyName", "N"}, {"companyType", "T"}};
+    row("nothing known", QVariantMap{{"more", "new"}, {"email", "new"}}, QVariantMap{});
+    row("company fields need all three", two, QVariantMap{});
+    row("company fields without token", with(two, {{"companyPurpose", 1}, {"email", "new"}}),
+        with(two, {{"companyPurpose", "1"}}));
+    row("a token empties what is missing",
+        QVariantMap{{"token", "T2"}, {"email", "new"}, {"factory_objs", "text"}, {"more", "new"}},
+        QVariantMap{{"country", ""},
+                    {"defaultDentalOrderReceive", false},
+                    {"email", "new"},
+                    {"factoryObjs", "text"},
+                    {"lastIP", ""},
+                    {"lastLogin", ""},
+                    {"nickName", ""},
+                    {"oems", QStringList()},
+                    {"perms", QStringList()},
+                    {"phone", ""},
+                    {"phoneArea", ""},
+                    {"source", ""},
+                    {"status", false},
+                    {"token", "T2"},
+                    {"userID", ""}});
 }
 
 void tst_SignIn::mergesLaterAnswers()
@@ -202,26 +224,12 @@ void tst_SignIn::mergesLaterAnswers()
 
 void tst_SignIn::signsOutLocally()
 {
-    cloud.play(Script::answering(account));
-    QVariantMap info;
-    client->logIn("a", "b", "c", info, false);
-    const auto before = cloud.calls().size();
+    client->setUserInfo(account);
+    client->setToken("T1");
     QCOMPARE(client->logOut().errorCode, Code::NoError);
-    QCOMPARE(cloud.calls().size(), before);
+    QVERIFY(cloud.calls().empty());
     QCOMPARE(client->token(), "T1");
     QCOMPARE(stored().value("status"), QVariant(false));
-
-    cloud.play(Script::answering(QVariantMap{}));
-    QCOMPARE(client->reqGetUserInfo(info, {}).errorCode, Code::NoError);
-    QCOMPARE(cloud.lastCall().envelope.value("headers").toMap(),
-             (QVariantMap{{"X-Auth-Token", "T1"}}));
-}
-
-void tst_SignIn::linksWithoutSubstitutingTwice()
-{
-    QCOMPARE(client->linkUuid("login", "1-2"), "login-1-2");
-    QCOMPARE(client->linkUuid("%2", "%1"), "%2-%1");
-    QCOMPARE(client->linkUuid("", ""), "-");
 }
 
 QTEST_GUILESS_MAIN(tst_SignIn)

@@ -1,23 +1,20 @@
 #include "support/ChildProcess.h"
 
-#include <grp.h>
+#include <csignal>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-int inChildProcess(const std::function<int()> &check)
+int onAFullDisk(const std::function<int()> &check)
 {
     const pid_t child = fork();
-    if (child < 0)
-        return -1;
-    if (child == 0)
-        _exit(check());
+    if (child == 0) {
+        const rlimit fullDisk{4096, 4096};
+        std::signal(SIGXFSZ, SIG_IGN);
+        _exit(setrlimit(RLIMIT_FSIZE, &fullDisk) == 0 ? check() : 255);
+    }
     int status = 0;
-    return waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-bool dropRoot()
-{
-    constexpr id_t nobody = 65534;
-    return geteuid() != 0 ||
-           (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0);
+    return child > 0 && waitpid(child, &status, 0) == child && WIFEXITED(status)
+               ? WEXITSTATUS(status)
+               : -1;
 }

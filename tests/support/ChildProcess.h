@@ -2,10 +2,6 @@
 
 #include <functional>
 
-/// Runs a check in a forked child whose limits and identity it may change at will; its result, 0 to
-/// 255, comes back. -1 when the child was killed or none could be made.
-int inChildProcess(const std::function<int()> &check);
-
-/// Gives up root for good, so that permissions count; true also when there was nothing to give up.
-/// For a child process only.
-bool dropRoot();
+/// Runs a check in a forked child where no file may grow beyond a few kilobytes. Its result, 0 to
+/// 255, comes back; -1 when the child was killed or none could be made.
+int onAFullDisk(const std::function<int()> &check);

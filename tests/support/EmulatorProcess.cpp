@@ -30,15 +30,6 @@ protected:
     }
 };
 
-// Read by the thread sanitizer's runtime, where the emulator is built with it.
-QProcessEnvironment environment()
-{
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("TSAN_OPTIONS"),
-                       QStringLiteral("suppressions=" EMULATOR_TSAN_SUPPRESSIONS));
-    return environment;
-}
-
 } // namespace
 
 QJsonObject EmulatorProcess::HttpReply::json() const
@@ -54,18 +45,24 @@ EmulatorProcess::~EmulatorProcess()
         stop();
 }
 
+QString EmulatorProcess::program()
+{
+    return PASSPORT_EMULATOR;
+}
+
 bool EmulatorProcess::start()
 {
-    const QString readyFile = path(QStringLiteral("ready"));
+    const QString readyFile = path("ready");
     QFile::remove(readyFile);
     m_process = std::make_unique<ChildProcess>();
-    m_process->setProcessEnvironment(environment());
+    // Read by the thread sanitizer's runtime, where the emulator is built with it.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TSAN_OPTIONS", "suppressions=" EMULATOR_TSAN_SUPPRESSIONS);
+    m_process->setProcessEnvironment(environment);
     m_process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
     // Not a pipe, which would hold up the emulator when nobody reads it.
-    m_process->setStandardOutputFile(path(QStringLiteral("output")));
-    m_process->start(program(), QStringList{QStringLiteral("--port"), QStringLiteral("0"),
-                                            QStringLiteral("--ready-file"), readyFile} +
-                                    m_options);
+    m_process->setStandardOutputFile(path("output"));
+    m_process->start(program(), QStringList{"--port", "0", "--ready-file", readyFile} + m_options);
     const QDeadlineTimer deadline(deadlineMs);
     while (!QFile::exists(readyFile)) {
         const bool failed = m_process->waitForFinished(5) || !m_process->isOpen();
@@ -104,85 +101,24 @@ void EmulatorProcess::kill()
     m_process.reset();
 }
 
-bool EmulatorProcess::restart()
-{
-    kill();
-    return start();
-}
-
-QString EmulatorProcess::baseUrl() const
-{
-    return m_baseUrl;
-}
-
 quint16 EmulatorProcess::port() const
 {
     return static_cast<quint16>(QUrl(m_baseUrl).port());
 }
 
-QString EmulatorProcess::path(const QString &fileName) const
-{
-    return m_directory.filePath(fileName);
-}
-
 QByteArray EmulatorProcess::output() const
 {
-    QFile file(path(QStringLiteral("output")));
+    QFile file(path("output"));
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QString EmulatorProcess::program()
-{
-    return QStringLiteral(PASSPORT_EMULATOR);
-}
-
-QJsonValue EmulatorProcess::devGet(const QString &path)
-{
-    return dev("GET", path, {});
-}
-
-QJsonValue EmulatorProcess::devPost(const QString &path, const QJsonObject &body)
-{
-    return dev("POST", path, QJsonDocument(body).toJson());
-}
-
-QJsonValue EmulatorProcess::devDelete(const QString &path)
-{
-    return dev("DELETE", path, {});
-}
-
-bool EmulatorProcess::addFault(const QJsonObject &fault)
-{
-    return !devPost(QStringLiteral("faults"), fault).isUndefined();
-}
-
-bool EmulatorProcess::setSettings(const QJsonObject &settings)
-{
-    return !devPost(QStringLiteral("settings"), settings).isUndefined();
-}
-
-QString EmulatorProcess::captchaAnswer(const QString &captchaId)
-{
-    const QJsonValue captcha = devGet(QStringLiteral("captcha/") + captchaId);
-    return captcha.toObject().value(QStringLiteral("answer")).toString();
-}
-
-QJsonArray EmulatorProcess::inbox(qint64 after, int waitMs)
-{
-    return devGet(QStringLiteral("inbox?after=%1&wait=%2").arg(after).arg(waitMs)).toArray();
-}
-
-QString EmulatorProcess::latestCode()
-{
-    return inbox().last().toObject().value(QStringLiteral("code")).toString();
-}
-
 QJsonValue EmulatorProcess::dev(const QByteArray &method, const QString &path,
-                                const QByteArray &body)
+                                const QJsonObject &body)
 {
-    const HttpReply reply = http(method, "/_dev/" + path.toUtf8(), body);
+    const HttpReply reply = http(method, "/_dev/" + path.toUtf8(),
+                                 method == "POST" ? QJsonDocument(body).toJson() : QByteArray());
     if (reply.code == 200)
-        return reply.json().value(QStringLiteral("result"));
+        return reply.json().value("result");
     qWarning() << "emulator call failed:" << method << path << reply.code << reply.body;
     return QJsonValue(QJsonValue::Undefined);
 }
@@ -196,24 +132,18 @@ EmulatorProcess::HttpReply EmulatorProcess::http(const QByteArray &method, const
         request += header + "\r\n";
     if (!body.isEmpty())
         request += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
-    const QByteArray answer = exchange(request + "\r\n" + body);
-    const int end = answer.indexOf("\r\n\r\n");
-    HttpReply reply;
-    reply.head = answer.left(end);
-    reply.body = end < 0 ? QByteArray() : answer.mid(end + 4);
-    reply.code = end < 0 ? 0 : reply.head.mid(int(qstrlen("HTTP/1.1 ")), 3).toInt();
-    return reply;
-}
-
-QByteArray EmulatorProcess::exchange(const QByteArray &bytes)
-{
     const std::unique_ptr<QTcpSocket> socket = connectSocket();
-    socket->write(bytes);
+    socket->write(request + "\r\n" + body);
     const QDeadlineTimer deadline(deadlineMs);
     QByteArray answer;
     while (!deadline.hasExpired() && socket->waitForReadyRead(int(deadline.remainingTime())))
         answer += socket->readAll();
-    return answer + socket->readAll();
+    answer += socket->readAll();
+    const int end = answer.indexOf("\r\n\r\n");
+    if (end < 0)
+        return {};
+    return {answer.mid(int(qstrlen("HTTP/1.1 ")), 3).toInt(), answer.left(end),
+            answer.mid(end + 4)};
 }
 
 std::unique_ptr<QTcpSocket> EmulatorProcess::connectSocket()

