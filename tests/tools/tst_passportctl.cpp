@@ -45,6 +45,8 @@ private Q_SLOTS:
     void endsWithTheCodeScriptsCanUse();
     void keepsSecrets();
     void remembersAndForgets();
+    void showsWebPages_data();
+    void showsWebPages();
     void protectsAnyLength_data();
     void protectsAnyLength();
     void losesNothingOnBadInput();
@@ -123,6 +125,39 @@ void tst_Passportctl::remembersAndForgets()
     QCOMPARE(passportctl(at + QStringList{"account", "--forget"}).json()["remembered"],
              QJsonValue(false));
     QVERIFY(!QFile::exists(dir.filePath("config/account.json")));
+}
+
+void tst_Passportctl::showsWebPages_data()
+{
+    const auto row = columns<QString, QString, QByteArray, int, QByteArray>(
+        "flow", "program", "report", "code", "shown");
+    const QString bundled = "openweburl.app/Contents/MacOS/openweburl";
+    const QByteArray details = "userLoadSuccess start: zoe s-3cret 86 end";
+    row("sign-in", "sign-in", "openweburl", "openLoginURL_token_startT-1openLoginURL_token_end", 0,
+        R"j([{"signal":"tokenReceived","token":"(not shown)"},{"signal":"webpageClosed"}])j");
+    row("sign-up", "sign-up", bundled, details, 0,
+        R"j("passWord":"(not shown)","phoneArea":"86","signal":"userLoadSuccess","userName":"zoe")j");
+    row("forgotten, shown", "forgotten --show-secrets", bundled, details, 0, "s-3cret");
+    row("closed", "sign-in", "openweburl", "closeSignal", 1, "closed without a sign-in");
+    row("no program", "sign-up", "openweburl", details, 4, "the web tool is missing");
+}
+
+void tst_Passportctl::showsWebPages()
+{
+    QFETCH(QString, flow);
+    QFETCH(QString, program);
+    QFETCH(QByteArray, report);
+    QFETCH(QByteArray, shown);
+    const PassportDirectory place;
+    place.writeSystemCfg({{"Default", QJsonObject()}});
+    place.writePassportCfg({{"hub", QJsonObject()}});
+    program.prepend("openweburl/");
+    place.write(program, "#!/bin/sh\nprintf '" + report + "'\n");
+    QVERIFY(QFile::setPermissions(place.filePath(program), QFile::ReadOwner | QFile::ExeOwner));
+    const Run run =
+        passportctl(QStringList{"--json", "--passport-dir", place.path(), "web"} + flow.split(' '));
+    QTEST(run.exitCode, "code");
+    QVERIFY2(run.out.contains(shown), run.out);
 }
 
 void tst_Passportctl::protectsAnyLength_data()
