@@ -14,6 +14,7 @@ class tst_RequestCore : public ScriptedClient
 private Q_SLOTS:
     void handsEveryPartToTheCloud();
     void isInvokableByName();
+    void namesItsParameters();
     void bringsEveryOutcome_data();
     void bringsEveryOutcome();
     void ignoresSignalsAfterTheEnd();
@@ -57,6 +58,49 @@ void tst_RequestCore::isInvokableByName()
                                       Q_ARG(QVariant &, data), Q_ARG(QString, "n")));
     QCOMPARE(record.errorCode, Code::NoError);
     QCOMPARE(data, QVariant("by name"));
+}
+
+// Hosts find operations by name; of each overload the longest form counts, moc makes the others.
+void tst_RequestCore::namesItsParameters()
+{
+    QStringList forms;
+    const QMetaObject *meta = client->metaObject();
+    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
+        const QMetaMethod method = meta->method(i);
+        QVERIFY2(method.access() == QMetaMethod::Public, method.methodSignature());
+        if (!(method.attributes() & QMetaMethod::Cloned))
+            forms << method.name() + '(' + method.parameterNames().join(' ') + ')';
+    }
+    forms.sort();
+    const QStringList expected{
+        "configData()",
+        "getCurrentPhoneArea(phoneArea)",
+        "getNetByStatus()",
+        "isUserExisted(source captcha username phoneArea)",
+        "linkUuid(prefix identifier)",
+        "logIn(username password phoneArea userInfo isRemember)",
+        "logOut()",
+        "replyConnect(reply name result)",
+        "reqCaptcha(data width height expire length source uSource)",
+        "reqCodeLogIn(username phoneArea captcha validCode userInfo source)",
+        "reqCountries(countries)",
+        "reqCurrentCountry(country cCountryInfoMap mode)",
+        "reqGetPrivacy(privacy language oemurl source target)",
+        "reqGetUserInfo(map sourceStr)",
+        "reqResetPassword(username phoneArea captcha validCode password source)",
+        "reqValidCode(data captcha username phoneArea lang source uSource)",
+        "requestNubelo(result name appendToUrl requestType encryptType headers params body source)",
+        "requestNubelo(result name body params headers source)",
+        "requestNubelo(result name requestType encryptType body params headers source)",
+        "requestNubelo(result url requestType body params headers)",
+        "setConfigData(data)",
+        "setConfigData(environment)",
+        "setConfigPath(path)",
+        "setErrorCode(errorCode)",
+        "setToken(token)",
+        "setUserInfo(info)",
+        "token()"};
+    QCOMPARE(forms, expected);
 }
 
 void tst_RequestCore::bringsEveryOutcome_data()

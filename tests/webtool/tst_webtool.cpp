@@ -42,6 +42,8 @@ private Q_SLOTS:
     void deniesForeignPages_data();
     void deniesForeignPages();
     void loadsAgainUntilThePageIsThere();
+    void keepsAPageWhoseLinkLeadsNowhere_data();
+    void keepsAPageWhoseLinkLeadsNowhere();
     void refusesAWrongCommandLine();
 
 private:
@@ -168,6 +170,35 @@ void tst_WebTool::loadsAgainUntilThePageIsThere()
     QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
     QCOMPARE(tool->readAllStandardOutput(), QByteArray("closeSignal\n"));
     QCOMPARE(tries, 3);
+}
+
+void tst_WebTool::keepsAPageWhoseLinkLeadsNowhere_data()
+{
+    QTest::addColumn<QByteArray>("link");
+    QTest::newRow("mail address") << QByteArray("mailto:a@b");
+    QTest::newRow("download") << QByteArray("/file");
+}
+
+// The page stays for ten times the reload timeout.
+void tst_WebTool::keepsAPageWhoseLinkLeadsNowhere()
+{
+    QFETCH(QByteArray, link);
+    int tries = 0;
+    serve([&](const QByteArray &target) {
+        if (target == "/file") {
+            return QByteArray("HTTP/1.1 200 OK\r\nContent-Disposition: attachment\r\n"
+                              "Content-Length: 1\r\n\r\nx");
+        }
+        if (target != "/")
+            return QByteArray();
+        ++tries;
+        return html(report + "onload = () => setTimeout(() => { location = '" + link +
+                    "'; setTimeout(() => report('close'), 1000); });");
+    });
+    tool->setArguments({page(), "en", "100"});
+    tool->start();
+    QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
+    QCOMPARE(tries, 1);
 }
 
 void tst_WebTool::refusesAWrongCommandLine()

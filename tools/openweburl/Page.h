@@ -4,13 +4,13 @@
 #include <QtWebEngineWidgets/QWebEnginePage>
 
 #include <chrono>
+#include <memory>
 #include <optional>
 
 /// A page in the browser engine that asks for itself again after it failed to load.
 ///
-/// It goes to web pages alone, and to files when it began with one; opens no further windows, keeps
-/// what pages write to the console to itself, and answers an account's password prompts with
-/// nothing.
+/// It goes to web pages alone, and to files when it began with one; opens no further windows, and
+/// keeps what pages write to the console to itself.
 class Page : public QWebEnginePage
 {
     Q_OBJECT
@@ -28,9 +28,9 @@ protected:
                                   int line, const QString &source) override;
 
 private:
-    void retryLater();
+    void noteLoaded();
+    void retryUnlessShown();
 
-    std::optional<std::chrono::milliseconds> m_reloadTimeout;
-    QTimer m_retry;
+    std::shared_ptr<QTimer> m_retry; ///< null without a timeout
     bool m_isFile = false;
 };
