@@ -47,13 +47,8 @@ void ReplyWait::announce(QObject *manager)
     m_announced = true;
     if (!m_holding)
         return;
-    handOver();
     QMetaObject::invokeMethod(
-        manager,
-        [self = shared_from_this()] {
-            takeOver();
-            self->handleHeld();
-        },
+        manager, [self = HandedOver(shared_from_this())] { self.take()->handleHeld(); },
         Qt::QueuedConnection);
 }
 
