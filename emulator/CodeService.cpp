@@ -1,6 +1,6 @@
 #include "CodeService.h"
 
-#include "Fields.h"
+#include "Contact.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QJsonArray>
@@ -62,7 +62,7 @@ Answer CodeService::send(const Request &request)
 
     const std::optional<Account> account = m_store.find(code.userName, code.phoneArea);
     requireSendable(account, link.purpose);
-    code.owner = ownerOf(code.userName, code.phoneArea, code.purpose);
+    code.owner = ownerOf(fields, code.purpose);
     const std::optional<VerificationCode> latest =
         m_challenges.latestCode(code.owner, code.purpose);
     if (latest && code.sentAt < latest->sentAt + m_settings.codeIntervalSeconds() * 1000LL)
@@ -87,12 +87,13 @@ void CodeService::requireSendable(const std::optional<Account> &account,
         throw Denial(QStringLiteral("notExistErr"));
 }
 
-QString CodeService::ownerOf(const QString &userName, const QString &phoneArea,
-                             const QString &purpose) const
+QString CodeService::ownerOf(const Fields &body, const QString &purpose) const
 {
-    const std::optional<Account> account = m_store.find(userName, phoneArea);
-    return account && !provesContact(purpose) ? QString::number(account->userId)
-                                              : phoneArea + QLatin1Char(' ') + userName;
+    if (provesContact(purpose))
+        return Contact::read(body).key();
+    const std::optional<Account> account =
+        m_store.find(body.text(QStringLiteral("username")), body.text(QStringLiteral("phoneArea")));
+    return account ? QString::number(account->userId) : QString();
 }
 
 VerificationCode CodeService::newCode(const QJsonObject &body, const CaptchaLink &link) const
@@ -139,13 +140,11 @@ Answer CodeService::inbox(const Request &request) const
 void CodeService::redeem(const QString &purpose, const QJsonObject &body)
 {
     const Fields fields(body);
-    const QString userName = fields.text(QStringLiteral("username"));
-    const QString phoneArea = fields.text(QStringLiteral("phoneArea"));
     const CaptchaLink link = CaptchaLink::parse(fields.text(QStringLiteral("uuid")));
     const QString captcha = fields.text(QStringLiteral("captcha"));
     const QString given = fields.text(QStringLiteral("validCode"));
     const std::optional<VerificationCode> code =
-        m_challenges.latestCode(ownerOf(userName, phoneArea, purpose), purpose);
+        m_challenges.latestCode(ownerOf(fields, purpose), purpose);
     if (!code)
         throw Denial(QStringLiteral("codeErr"));
     if (link.purpose != purpose || link.captchaId != code->captchaId ||

@@ -3,6 +3,7 @@
 #include "CaptchaLink.h"
 #include "CaptchaService.h"
 #include "Challenges.h"
+#include "Fields.h"
 #include "Message.h"
 #include "Settings.h"
 #include "Store.h"
@@ -32,8 +33,7 @@ public:
 
 private:
     void requireSendable(const std::optional<Account> &account, const QString &purpose) const;
-    QString ownerOf(const QString &userName, const QString &phoneArea,
-                    const QString &purpose) const;
+    QString ownerOf(const Fields &body, const QString &purpose) const;
     VerificationCode newCode(const QJsonObject &body, const CaptchaLink &link) const;
 
     Store &m_store;

@@ -1,46 +1,12 @@
 #include "RegistrationService.h"
 
+#include "Contact.h"
 #include "Fields.h"
 #include "Secrets.h"
-
-#include <QtCore/QRegularExpression>
 
 #include <algorithm>
 
 namespace {
-
-// Where a code can be sent, read from what the body names as the user.
-struct Contact
-{
-    QString name;
-    QString phoneArea; ///< empty for an e-mail address
-
-    bool isPhone() const { return !phoneArea.isEmpty(); }
-};
-
-bool isNumber(const QString &text)
-{
-    static const QRegularExpression digits(
-        QRegularExpression::anchoredPattern(QStringLiteral("[0-9]+")));
-    return digits.match(text).hasMatch();
-}
-
-Contact readContact(const Fields &body)
-{
-    const QString name = body.text(QStringLiteral("username"));
-    const QString phoneArea = body.text(QStringLiteral("phoneArea"));
-    if (name.contains(QLatin1Char('@')))
-        return {name, QString()};
-    if (!isNumber(name)) {
-        throw Refusal(400, QStringLiteral("field \"username\" must be an e-mail address or a phone"
-                                          " number of digits alone"));
-    }
-    if (!isNumber(phoneArea)) {
-        throw Refusal(400, QStringLiteral("field \"phoneArea\" must be the digits of a calling code"
-                                          " where \"username\" is a phone number"));
-    }
-    return {name, phoneArea};
-}
 
 void setContact(Account &account, const Contact &contact)
 {
@@ -85,7 +51,7 @@ bool namesContact(const Fields &body)
 Answer RegistrationService::registerUser(const Request &request)
 {
     const Fields body(request.json());
-    const Contact contact = readContact(body);
+    const Contact contact = Contact::read(body);
     const QString password = body.text(QStringLiteral("password"));
     const Account account = newAccount(contact, password);
     if (m_store.find(contact.name, contact.phoneArea) || m_store.find(account.userName, {}))
@@ -104,7 +70,7 @@ Answer RegistrationService::supplyInfo(const Request &request)
     for (const char *key : {"companyName", "companyType", "companyPurpose"})
         company.insert(QLatin1String(key), filledText(body, QLatin1String(key)));
     const std::optional<Contact> contact =
-        namesContact(body) ? std::make_optional(readContact(body)) : std::nullopt;
+        namesContact(body) ? std::make_optional(Contact::read(body)) : std::nullopt;
     const QString token = request.headerValues(QStringLiteral("X-Auth-Token")).value(0);
     std::optional<Account> account = m_store.accountOfSession(hashToken(token));
     if (!account)

@@ -53,18 +53,16 @@ function resultIn(text) {
   throw new Failure('page.answer');
 }
 
-// Tells the web tool something: what it answers, or null if it refuses or there is no tool. The
-// tool's scheme is open to XMLHttpRequest alone.
-export function report(what, values = {}) {
-  const pairs = Object.entries(values).map(([key, value]) => `${key}=${encodeURIComponent(value)}`);
-  const address = `openweburl:${[what, ...(pairs.length ? [pairs.join('&')] : [])].join('?')}`;
+// One request to the web tool around the page: its answer, or null if it refuses or there is no
+// tool. The tool's scheme is open to XMLHttpRequest alone.
+function ask(address) {
   return new Promise((resolve) => {
     const request = new XMLHttpRequest();
     request.onload = () => resolve(request.responseText);
     request.onerror = () => resolve(null);
     request.ontimeout = () => resolve(null);
     try {
-      request.open('GET', address);
+      request.open('GET', `openweburl:${address}`);
       request.timeout = reportSeconds * 1000;
       request.send();
     } catch (error) {
@@ -74,7 +72,7 @@ export function report(what, values = {}) {
 }
 
 // What the tool hands to the page, or null in an ordinary browser.
-export const tool = report('arguments').then((text) => {
+export const tool = ask('arguments').then((text) => {
   if (text === null) return null;
   try {
     return JSON.parse(text) || {};
@@ -82,6 +80,15 @@ export const tool = report('arguments').then((text) => {
     return {};
   }
 });
+
+// Tells the tool something, with the key that shows who tells it; null as above.
+export async function report(what, values = {}) {
+  const found = await tool;
+  if (!found) return null;
+  const pairs = Object.entries({ ...values, key: found.key || '' });
+  const query = pairs.map(([name, value]) => `${name}=${encodeURIComponent(value)}`).join('&');
+  return ask(`${what}?${query}`);
+}
 
 let unmark = () => {};
 
@@ -186,6 +193,7 @@ export function contact() {
   const isPhone = /^[0-9]+$/.test(name.username);
   if (!isPhone && !name.username.includes('@')) throw new Failure('page.contact');
   if (isPhone && !/^[0-9]+$/.test(name.phoneArea)) throw new Failure('page.area');
+  if (!isPhone) name.phoneArea = '';
   return name;
 }
 

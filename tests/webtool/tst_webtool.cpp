@@ -1,4 +1,3 @@
-
 #include <QtCore/QProcess>
 #include <QtNetwork/QTcpServer>
 #include <QtNetwork/QTcpSocket>
@@ -17,17 +16,25 @@ QByteArray html(const QByteArray &script)
            QByteArray::number(body.size()) + "\r\n\r\n" + body;
 }
 
+// What a page does to report; "openweburl:arguments" gives the key.
 const QByteArray report = R"(
-    function report(what) {
+    function ask(what) {
         return new Promise(resolve => {
             const request = new XMLHttpRequest();
-            request.onload = () => resolve('told');
+            request.onload = () => resolve(request.responseText);
             request.onerror = () => resolve('refused');
             request.open('GET', 'openweburl:' + what);
             request.send();
         });
     }
+    const key = ask('arguments').then(a => a === 'refused' ? a : JSON.parse(a).key);
+    const report = what => key.then(k => ask(what + (what.includes('?') ? '&' : '?') + 'key=' + k));
 )";
+
+QByteArray redirect(const QByteArray &address)
+{
+    return "HTTP/1.1 302 Found\r\nLocation: " + address + "\r\nContent-Length: 0\r\n\r\n";
+}
 
 } // namespace
 
@@ -42,8 +49,9 @@ private Q_SLOTS:
     void deniesForeignPages_data();
     void deniesForeignPages();
     void loadsAgainUntilThePageIsThere();
-    void keepsAPageWhoseLinkLeadsNowhere_data();
-    void keepsAPageWhoseLinkLeadsNowhere();
+    void keepsAPageThatWasShown_data();
+    void keepsAPageThatWasShown();
+    void showsAFileNothingButItself();
     void refusesAWrongCommandLine();
 
 private:
@@ -119,6 +127,13 @@ void tst_WebTool::deniesForeignPages_data()
     const QByteArray frame = "const frame = document.createElement('iframe');"
                              "document.documentElement.append(frame);";
     QTest::newRow("gone to") << leave;
+    QTest::newRow("asked for something, and redirecting to a report")
+        << QByteArray("const picture = new Image();"
+                      "picture.onerror = () => picture.src = '/outcome/refused,refused,refused';"
+                      "picture.src = 'http://localhost:' + location.port + '/redirect';");
+    QTest::newRow("framed, and redirecting to a report")
+        << frame + "frame.src = 'http://localhost:' + location.port + '/redirect';" +
+               "setTimeout(() => new Image().src = '/outcome/refused,refused,refused', 500);";
     QTest::newRow("framed") << frame +
                                    "frame.src = 'http://localhost:' + location.port + '/foreign';";
     QTest::newRow("own, but in a sandbox")
@@ -138,6 +153,8 @@ void tst_WebTool::deniesForeignPages()
                     .then(outcome => new Image().src = '/outcome/' + outcome);
                 )");
         }
+        if (target == "/redirect")
+            return redirect("openweburl:supplied?key=");
         if (target.startsWith("/outcome/"))
             outcome = target.mid(9);
         return QByteArray();
@@ -158,9 +175,12 @@ void tst_WebTool::loadsAgainUntilThePageIsThere()
             return QByteArray();
         switch (++tries) {
         case 1:
+        case 4:
             return QByteArray();
         case 2:
             return QByteArray("HTTP/1.1 503 Busy\r\nContent-Length: 4\r\n\r\nbusy");
+        case 3: // shown, and then followed by one that gives no answer
+            return html("onload = () => setTimeout(() => location = '/next');");
         default:
             return html(report + "report('close');");
         }
@@ -169,36 +189,69 @@ void tst_WebTool::loadsAgainUntilThePageIsThere()
     tool->start();
     QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
     QCOMPARE(tool->readAllStandardOutput(), QByteArray("closeSignal\n"));
-    QCOMPARE(tries, 3);
+    QCOMPARE(tries, 5);
 }
 
-void tst_WebTool::keepsAPageWhoseLinkLeadsNowhere_data()
+void tst_WebTool::keepsAPageThatWasShown_data()
 {
-    QTest::addColumn<QByteArray>("link");
-    QTest::newRow("mail address") << QByteArray("mailto:a@b");
-    QTest::newRow("download") << QByteArray("/file");
+    QTest::addColumn<QByteArray>("step");
+    QTest::newRow("mail address") << QByteArray("location = 'mailto:a@b'");
+    QTest::newRow("download") << QByteArray("location = '/file'");
+    QTest::newRow("form that the service refuses")
+        << QByteArray("const form = document.createElement('form'); form.method = 'POST';"
+                      "form.action = '/form'; document.documentElement.append(form);"
+                      "form.submit()");
 }
 
-// The page stays for ten times the reload timeout.
-void tst_WebTool::keepsAPageWhoseLinkLeadsNowhere()
+// The page, or the answer to its form, stays for ten times the reload timeout.
+void tst_WebTool::keepsAPageThatWasShown()
 {
-    QFETCH(QByteArray, link);
+    QFETCH(QByteArray, step);
     int tries = 0;
+    const QByteArray closeLater = report + "setTimeout(() => report('close'), 1000);";
     serve([&](const QByteArray &target) {
         if (target == "/file") {
             return QByteArray("HTTP/1.1 200 OK\r\nContent-Disposition: attachment\r\n"
                               "Content-Length: 1\r\n\r\nx");
         }
-        if (target != "/")
+        if (target == "/favicon.ico")
             return QByteArray();
         ++tries;
-        return html(report + "onload = () => setTimeout(() => { location = '" + link +
-                    "'; setTimeout(() => report('close'), 1000); });");
+        if (target == "/form")
+            return html(closeLater).replace("200 OK", "422 Refused");
+        return html(closeLater + "onload = () => setTimeout(() => {" + step + "});");
     });
     tool->setArguments({page(), "en", "100"});
     tool->start();
     QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
-    QCOMPARE(tries, 1);
+    QCOMPARE(tries, step.contains("form") ? 2 : 1);
+}
+
+void tst_WebTool::showsAFileNothingButItself()
+{
+    QTemporaryDir directory;
+    const auto write = [&](const char *name, const QByteArray &text) {
+        QFile file(directory.filePath(name));
+        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
+    };
+    QVERIFY(write("secret.json", "secret"));
+    QVERIFY(write("page.html", "<script>const tell = what => location = '" +
+                                   page("/outcome/").toLatin1() +
+                                   "' + what; const request = new XMLHttpRequest();"
+                                   "request.onload = () => tell(request.responseText);"
+                                   "request.onerror = () => tell('nothing');"
+                                   "request.open('GET', 'secret.json'); request.send();</script>"));
+    QByteArray outcome;
+    serve([&](const QByteArray &target) {
+        if (target.startsWith("/outcome/"))
+            outcome = target.mid(9);
+        return html("");
+    });
+    tool->setArguments({"file://" + directory.filePath("page.html"), "en", "100"});
+    tool->start();
+    QTRY_COMPARE_WITH_TIMEOUT(outcome, QByteArray("nothing"), patienceMs);
+    tool->kill();
+    QVERIFY(tool->waitForFinished());
 }
 
 void tst_WebTool::refusesAWrongCommandLine()

@@ -16,16 +16,19 @@ Page::Page(QWebEngineProfile *profile, std::optional<std::chrono::milliseconds> 
 {
     if (!reloadTimeout)
         return;
-    m_retry = std::make_shared<QTimer>();
-    m_retry->setSingleShot(true);
-    m_retry->setInterval(*reloadTimeout);
+    m_retry = std::make_shared<Retry>();
+    QTimer *timer = &m_retry->timer;
+    timer->setSingleShot(true);
+    timer->setInterval(*reloadTimeout);
     // A new request rather than a repetition, so that no form is sent twice.
-    connect(m_retry.get(), &QTimer::timeout, this, [this] { load(requestedUrl()); });
-    connect(this, &QWebEnginePage::loadStarted, m_retry.get(), &QTimer::stop);
+    connect(timer, &QTimer::timeout, this, [this] { load(requestedUrl()); });
+    connect(this, &QWebEnginePage::loadStarted, timer, [retry = m_retry.get()] {
+        ++retry->loads;
+        retry->timer.stop();
+    });
     connect(this, &QWebEnginePage::loadFinished, this,
             [this](bool loaded) { loaded ? noteLoaded() : retryUnlessShown(); });
-    connect(this, &QWebEnginePage::renderProcessTerminated, m_retry.get(),
-            [retry = m_retry.get()] { retry->start(); });
+    connect(this, &QWebEnginePage::renderProcessTerminated, timer, [timer] { timer->start(); });
 }
 
 void Page::begin(const QUrl &url)
@@ -36,6 +39,7 @@ void Page::begin(const QUrl &url)
 
 void Page::noteLoaded()
 {
+    m_retry->wasShown = true;
     runJavaScript(mark + QStringLiteral(" = true"), ownWorld);
 }
 
@@ -43,18 +47,27 @@ void Page::noteLoaded()
 // counts as failed too, but leaves the document, and what the user typed into it, as it was.
 void Page::retryUnlessShown()
 {
-    const std::weak_ptr<QTimer> retry = m_retry; // the answer may come while the page is destroyed
-    runJavaScript(mark, ownWorld, [retry](const QVariant &isMarked) {
-        const std::shared_ptr<QTimer> timer = retry.lock();
-        if (timer && !isMarked.toBool())
-            timer->start();
-    });
+    const QString state = mark + QStringLiteral(" ? 'shown' : location.protocol");
+    // Weak, since the answer may come while the page is destroyed.
+    const auto decide = [retried = std::weak_ptr<Retry>(m_retry),
+                         load = m_retry->loads](const QVariant &answer) {
+        const std::shared_ptr<Retry> retry = retried.lock();
+        if (!retry || retry->loads != load)
+            return;
+        const bool gaveNoAnswer = answer.toString() == QLatin1String("chrome-error:");
+        const bool isNew = !retry->wasShown && answer.toString() != QLatin1String("shown");
+        if (gaveNoAnswer || isNew)
+            retry->timer.start();
+    };
+    runJavaScript(state, ownWorld, decide);
 }
 
 bool Page::acceptNavigationRequest(const QUrl &url, NavigationType type, bool isMainFrame)
 {
     Q_UNUSED(type)
     const QString scheme = url.scheme();
+    if (scheme == QLatin1String("openweburl"))
+        return false; // not a page
     return !isMainFrame || scheme == QLatin1String("http") || scheme == QLatin1String("https") ||
            (m_isFile && url.isLocalFile());
 }

@@ -9,6 +9,8 @@
 
 /// A page in the browser engine that asks for itself again after it failed to load.
 ///
+/// Until a page has been shown, an answer of HTTP status 400 or above is a failure too; later only
+/// what gives no answer at all, so that a page may refuse a form without its fields being lost.
 /// It goes to web pages alone, and to files when it began with one; opens no further windows, and
 /// keeps what pages write to the console to itself.
 class Page : public QWebEnginePage
@@ -31,6 +33,12 @@ private:
     void noteLoaded();
     void retryUnlessShown();
 
-    std::shared_ptr<QTimer> m_retry; ///< null without a timeout
+    struct Retry
+    {
+        QTimer timer;
+        int loads = 0;
+        bool wasShown = false;
+    };
+    std::shared_ptr<Retry> m_retry; ///< null without a timeout
     bool m_isFile = false;
 };

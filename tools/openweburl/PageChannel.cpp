@@ -5,9 +5,12 @@
 #include <QtCore/QBuffer>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QRandomGenerator>
+#include <QtCore/QUrlQuery>
 #include <QtWebEngineCore/QWebEngineUrlRequestJob>
 #include <QtWebEngineCore/QWebEngineUrlScheme>
 
+#include <array>
 #include <utility>
 
 namespace {
@@ -17,6 +20,16 @@ void reply(QWebEngineUrlRequestJob *job, const QByteArray &json)
     auto *body = new QBuffer(job);
     body->setData(json);
     job->reply(QByteArrayLiteral("application/json"), body);
+}
+
+QString randomKey()
+{
+    std::array<quint32, 4> bits{};
+    QRandomGenerator::system()->fillRange(bits.data(), bits.size());
+    QString key;
+    for (const quint32 part : bits)
+        key += QStringLiteral("%1").arg(part, 8, 16, QLatin1Char('0'));
+    return key;
 }
 
 } // namespace
@@ -41,34 +54,42 @@ PageChannel::PageChannel(Start start, Printer print, QObject *parent)
     : QWebEngineUrlSchemeHandler(parent)
     , m_start(std::move(start))
     , m_print(std::move(print))
+    , m_key(randomKey())
 {
 }
 
 void PageChannel::requestStarted(QWebEngineUrlRequestJob *job)
 {
-    if (!m_start.isOwnOrigin(job->initiator()) || job->requestMethod() != "GET") {
+    const QUrl request = job->requestUrl();
+    const bool asks = request.path() == QLatin1String("arguments");
+    const bool isKnown = QUrlQuery(request).queryItemValue(QStringLiteral("key")) == m_key;
+    if (!m_start.isOwnOrigin(job->initiator()) || job->requestMethod() != "GET" ||
+        !(asks || isKnown)) {
         job->fail(QWebEngineUrlRequestJob::RequestDenied);
         return;
     }
-    const QUrl request = job->requestUrl();
-    if (request.path() == QLatin1String("arguments")) {
-        reply(job, arguments());
-        return;
-    }
-    const QByteArray report = reportText(request);
-    if (report.isEmpty() || !m_print(report)) {
-        job->fail(QWebEngineUrlRequestJob::RequestFailed);
-        return;
-    }
-    reply(job, QByteArrayLiteral("{}"));
+    // A page that is done is closed even when nobody reads any more.
     if (request.path() == QLatin1String("close"))
         Q_EMIT closeRequested();
+    if (asks)
+        reply(job, arguments());
+    else if (print(request))
+        reply(job, QByteArrayLiteral("{}"));
+    else
+        job->fail(QWebEngineUrlRequestJob::RequestFailed);
+}
+
+bool PageChannel::print(const QUrl &request) const
+{
+    const QByteArray report = reportText(request);
+    return !report.isEmpty() && m_print(report);
 }
 
 QByteArray PageChannel::arguments() const
 {
     const QJsonObject arguments{{QStringLiteral("token"), m_start.token},
                                 {QStringLiteral("base"), m_start.base},
-                                {QStringLiteral("text"), m_start.text}};
+                                {QStringLiteral("text"), m_start.text},
+                                {QStringLiteral("key"), m_key}};
     return QJsonDocument(arguments).toJson(QJsonDocument::Compact);
 }

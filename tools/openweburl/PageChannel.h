@@ -12,7 +12,8 @@
 /// Only pages of the origin that the tool was started with are answered; the browser engine says
 /// which page asks, the page itself has no part in that. All others are denied, and so is a report
 /// that cannot be printed as it is. "openweburl:arguments" is answered with
-/// {"token","base","text"}, a report with {}.
+/// {"token","base","text","key"}, a report with {}. A report must carry the key: another server can
+/// redirect what a page loads from it to an address of this scheme, but never sees the key.
 class PageChannel : public QWebEngineUrlSchemeHandler
 {
     Q_OBJECT
@@ -36,6 +37,9 @@ Q_SIGNALS:
 private:
     QByteArray arguments() const;
 
+    bool print(const QUrl &request) const;
+
     Start m_start;
     Printer m_print;
+    QString m_key; ///< of this run
 };

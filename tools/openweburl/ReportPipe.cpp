@@ -27,11 +27,12 @@ bool leadToTheSamePlace(int one, int other)
 ReportPipe::ReportPipe() : m_descriptor(::fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1))
 {
     const bool merged = leadToTheSamePlace(STDOUT_FILENO, STDERR_FILENO);
-    const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+    const int nowhere = ::open("/dev/null", O_WRONLY);
     ::dup2(nowhere, STDOUT_FILENO);
     if (merged)
         ::dup2(nowhere, STDERR_FILENO);
-    ::close(nowhere);
+    if (nowhere > STDERR_FILENO) // else it has taken the place of one that was closed
+        ::close(nowhere);
     std::signal(SIGPIPE, SIG_IGN);
 }
 

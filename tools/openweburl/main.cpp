@@ -5,6 +5,7 @@
 
 #include <QtGui/QKeySequence>
 #include <QtWebEngineWidgets/QWebEngineProfile>
+#include <QtWebEngineWidgets/QWebEngineSettings>
 #include <QtWebEngineWidgets/QWebEngineView>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QShortcut>
@@ -42,6 +43,8 @@ int show(const Start &start, const ReportPipe &reports)
     QWebEngineProfile profile;
     if (!start.language().isEmpty())
         profile.setHttpAcceptLanguage(start.language());
+    // A page that lies in a file has been fetched from somewhere: it sees no other file.
+    profile.settings()->setAttribute(QWebEngineSettings::LocalContentCanAccessFileUrls, false);
     PageChannel channel(start, [&](const QByteArray &report) { return reports.write(report); });
     profile.installUrlSchemeHandler(PageChannel::scheme(), &channel);
 
