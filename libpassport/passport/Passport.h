@@ -159,7 +159,8 @@ public:
     void openLoginURL(bool flag, QString path, QString text);
 
     /// Sign-up: userLoadSuccess() for each complete record, then webpageClosed(). With `closes` the
-    /// tool is ended by name 2 s after a record.
+    /// tool is ended by name 2 s after a record, complete or not; when the page asks for it,
+    /// always.
     void openRegisterURL(bool closes, QString path, QString text);
 
     /// Forgotten password: as openRegisterURL(), but a short record comes too, with empty texts.

@@ -103,6 +103,8 @@ void WebPagesTest::believesCodes_data()
         row(request, "ada@example.com", "", "existErr");
         row(request, "17000000009", "", "\"phoneArea\" must be");
         row(request, "newcomer", "", "\"username\" must be");
+        row(request, "me@example.com new@example.com", "", "\"username\" must be");
+        row(request, mail, " me@example.com", "ok"); // mail has no area
         row(request, mail, "", "captchaErr", {{"captcha", "?"}});
         row(request, mail, "", "codeErr", {{"validCode", "?"}});
         row(request, mail, "1", "codeErr", {{"username", "else@example.com"}});

@@ -139,6 +139,7 @@ void tst_Passportctl::showsWebPages_data()
         R"j("passWord":"(not shown)","phoneArea":"86","signal":"userLoadSuccess","userName":"zoe")j");
     row("forgotten, shown", "forgotten --show-secrets", bundled, details, 0, "s-3cret");
     row("closed", "sign-in", "openweburl", "closeSignal", 1, "closed without a sign-in");
+    row("no address", "open page.html", bundled, "", 2, "is not an http, https or file address");
     row("no program", "sign-up", "openweburl", details, 4, "the web tool is missing");
 }
 

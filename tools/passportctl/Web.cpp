@@ -76,9 +76,17 @@ Exit Web::addInformation(const QString &user, const QString &phoneArea)
 
 Exit Web::open()
 {
+    const QUrl url(m_options.address);
+    const QStringList schemes{QStringLiteral("http"), QStringLiteral("https"),
+                              QStringLiteral("file")};
+    if (!url.isValid() || !schemes.contains(url.scheme())) {
+        return m_host.output().failure(
+            Exit::Usage,
+            QStringLiteral("\"%1\" is not an http, https or file address").arg(m_options.address));
+    }
     if (const auto early = prepare(bundled))
         return *early;
-    m_host.passport().openURL(QUrl(m_options.address), m_options.text);
+    m_host.passport().openURL(url, m_options.text);
     m_hasResult = true;
     return end({});
 }
