@@ -3,7 +3,6 @@
 #include "support/LogCapture.h"
 #include "support/PassportDirectory.h"
 #include "support/Recorder.h"
-#include "web/WebAddress_p.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QEventLoop>
@@ -103,16 +102,12 @@ private Q_SLOTS:
     void runs();
     void needsNoWebTool_data();
     void needsNoWebTool();
-    void choosesTheAddress_data();
-    void choosesTheAddress();
     void readsMegabytes();
     void runsInAThreadWithoutEventLoop();
     void letsASlotWaitAndCall();
     void survivesItsDestructionInASlot();
     void endsTheToolByName_data();
     void endsTheToolByName();
-    void copiesWhatIsMissing();
-    void leavesADirectoryWithoutParentAlone();
 
 private:
     void install(const QString &program, const Chunks &chunks,
@@ -376,28 +371,6 @@ void tst_WebFlows::needsNoWebTool()
     QCOMPARE(qgetenv("QTWEBENGINE_REMOTE_DEBUGGING") == "1112", closed.isEmpty());
 }
 
-void tst_WebFlows::choosesTheAddress_data()
-{
-    QTest::addColumn<QByteArray>("configuration");
-    QTest::addColumn<QString>("page");
-    const auto row = [](const char *name, const QByteArray &cloud, const QString &page) {
-        QTest::newRow(name) << QByteArray("{\"nubelo\": " + cloud + '}') << page;
-    };
-    row("beta", R"({"env": "beta", "url": "u", "testurl": "t"})", "t/p");
-    row("other case", R"({"env": "Beta", "url": "u", "testurl": "t"})", "u/p");
-    row("no environment", R"({"url": "u", "testurl": "t"})", "u/p");
-    row("beta without its address", R"({"env": "beta", "url": "u"})", "/p");
-    row("no object", R"("u")", "/p");
-    QTest::newRow("no JSON") << QByteArray("{") << "/p";
-}
-
-void tst_WebFlows::choosesTheAddress()
-{
-    QFETCH(QByteArray, configuration);
-    dir->write("config/PassPortCfg.cfg", configuration);
-    QTEST(WebAddress(dir->path()).ofPage("/p"), "page");
-}
-
 void tst_WebFlows::readsMegabytes()
 {
     install(apart, {QByteArray(3 * 1024 * 1024, 'x'), bothMarkers});
@@ -487,50 +460,6 @@ void tst_WebFlows::endsTheToolByName()
     const bool ended = thread->wait(30000);
     QDir::setCurrent(before);
     QVERIFY(ended);
-}
-
-void tst_WebFlows::copiesWhatIsMissing()
-{
-    const QTemporaryDir target;
-    dir->write("tool/run", "new");
-    dir->write("tool/data/deep/page", "new");
-    dir->write("tool/data/kept", "new");
-    dir->write("tool/.hidden", "new");
-    QDir().mkpath(dir->filePath("tool/empty"));
-    QDir().mkpath(target.filePath("to/data"));
-    QFile kept(target.filePath("to/data/kept"));
-    QVERIFY(kept.open(QIODevice::WriteOnly) && kept.write("old") == 3);
-    kept.close();
-    QVERIFY(QFile::setPermissions(dir->filePath("tool/run"), QFile::ReadOwner | QFile::ExeOwner));
-
-    const QString from = dir->filePath("tool");
-    const QString to = target.filePath("to");
-    const LogCapture log;
-    passport->copyOpenWebFile(from, to);
-    const QString data = "\"" + from + "/data";
-    QCOMPARE(log.lines(),
-             QStringList({"debug copy files... \"" + from + "\" \"" + to + '"',
-                          "debug copy dir... " + data + "\" \"data\"",
-                          "debug copy files... " + data + "\" \"" + to + "/data\"",
-                          "debug copy dir... " + data + "/deep\" \"deep\"",
-                          "debug copy files... " + data + "/deep\" \"" + to + "/data/deep\"",
-                          "debug copy file... " + data + "/deep/page\" \"page\"",
-                          "debug copy dir... \"" + from + "/empty\" \"empty\"",
-                          "debug copy files... \"" + from + "/empty\" \"" + to + "/empty\"",
-                          "debug copy file... \"" + from + "/run\" \"run\""}));
-    QVERIFY(QFileInfo(to + "/run").isExecutable());
-    QVERIFY(QFileInfo(to + "/empty").isDir());
-    QCOMPARE(QFileInfo(to + "/data/kept").size(), 3);
-    QVERIFY(kept.open(QIODevice::ReadOnly));
-    QCOMPARE(kept.readAll(), QByteArray("old"));
-    QVERIFY(!QFileInfo::exists(to + "/.hidden"));
-}
-
-void tst_WebFlows::leavesADirectoryWithoutParentAlone()
-{
-    dir->write("tool/run", "new");
-    passport->copyOpenWebFile(dir->filePath("tool"), dir->filePath("no/parent"));
-    QVERIFY(!QFileInfo::exists(dir->filePath("no")));
 }
 
 // As a web tool: reports what its page address says and stays.
