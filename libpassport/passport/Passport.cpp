@@ -27,16 +27,17 @@ Passport::Passport(QObject *parent)
 Passport::~Passport()
 {
     qCInfo(log_lp) << "m_initialWorker deleteLater!";
-    // By the event loop, since the worker may be at work further up the stack; should no loop run
-    // any more, it goes with the application object. Once that is gone there is nothing left to
-    // wait for.
     QCoreApplication *application = QCoreApplication::instance();
     if (!application) {
-        delete m_initialWorker;
+        delete m_initialWorker; // no event loop delivers anything any more
         return;
     }
-    if (application->thread() == m_initialWorker->thread())
+    // Should no loop run any more, it goes with the application object. Parents can be given on an
+    // object's own thread alone.
+    if (QThread::currentThread() == m_initialWorker->thread() &&
+        QThread::currentThread() == application->thread())
         m_initialWorker->setParent(application);
+    // By the event loop, since the worker may be at work further up the stack.
     m_initialWorker->deleteLater();
 }
 
@@ -57,6 +58,11 @@ void Passport::exitModule()
     qCDebug(log_lp) << "exitModule...." << m_initialized;
     g_killProcess(m_webHelperPath);
     m_initialized = false;
+}
+
+void Passport::cancel()
+{
+    m_cloud->cancel();
 }
 
 void Passport::setPassportDir(QString dir)

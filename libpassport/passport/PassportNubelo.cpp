@@ -1,13 +1,15 @@
 #include "passport/PassportNubelo.h"
 
-#include "common/HandOver_p.h"
 #include "common/Log.h"
+#include "common/RunOnThread_p.h"
 #include "passport/cloud/CloudError_p.h"
+#include "passport/cloud/OpenWaits_p.h"
 #include "passport/cloud/ReplyWait_p.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QPointer>
 
-#include <memory>
+#include <optional>
 
 namespace VelqorPassPort {
 
@@ -28,20 +30,46 @@ QVariantMap envelope(const QVariantMap &headers, const QVariantMap &body, const 
     return map;
 }
 
+// Before the hand-over to the cloud thread, whose lines all come behind it.
+void logFirstLine()
+{
+    qCDebug(log_lp) << "replyConnect current thread-1" << QThread::currentThread();
+}
+
+PassportCommunityError withoutReply()
+{
+    qCDebug(log_lp) << "reply is nullptr";
+    PassportCommunityError record;
+    record.setErrorCode(QStringLiteral("unknownErr"));
+    return record;
+}
+
 } // namespace
 
 PassportNubelo::PassportNubelo(QObject *parent)
     : QObject(parent)
     , m_manager(new Nubelo::Manager(nullptr))
+    , m_openWaits(std::make_shared<OpenWaits>())
 {
     // They cross threads as signal arguments, whatever the request library declares about them.
     qRegisterMetaType<Nubelo::Manager::HttpRequestType>("Nubelo::Manager::HttpRequestType");
     qRegisterMetaType<Nubelo::Error::ErrorCode>("Nubelo::Error::ErrorCode");
+    // Calls by name may give the type of a record with or without its namespace.
+    qRegisterMetaType<PassportCommunityError>("VelqorPassPort::PassportCommunityError");
+    qRegisterMetaType<PassportCommunityError>("PassportCommunityError");
 
     qCDebug(log_lp) << "current threaddddddddd nubelo" << QThread::currentThread();
     m_manager->moveToThread(&m_cloudThread);
     connect(&m_cloudThread, &QThread::finished, m_manager, &QObject::deleteLater);
     m_cloudThread.start();
+
+    // Only the application's own thread is woken by its quit. Directly, and without this object,
+    // which another thread may be destroying.
+    if (QCoreApplication *application = QCoreApplication::instance()) {
+        const auto cancelAll = [waits = m_openWaits] { waits->cancel(); };
+        connect(application, &QCoreApplication::aboutToQuit, this, cancelAll, Qt::DirectConnection);
+        connect(application, &QObject::destroyed, this, cancelAll, Qt::DirectConnection);
+    }
 }
 
 PassportNubelo::~PassportNubelo()
@@ -120,7 +148,14 @@ PassportCommunityError PassportNubelo::get(QVariant &result, const QString &name
 PassportCommunityError PassportNubelo::replyConnect(Nubelo::Reply *reply, QString name,
                                                     QVariant &result)
 {
-    return exchange(name, result, [reply](Nubelo::Manager &) { return reply; });
+    if (!reply) {
+        logFirstLine();
+        return withoutReply();
+    }
+    // It may be gone before its thread gets to it.
+    return exchange(name, result, [reply = QPointer<Nubelo::Reply>(reply)](Nubelo::Manager &) {
+        return reply.data();
+    });
 }
 
 PassportCommunityError PassportNubelo::setErrorCode(Nubelo::Error::ErrorCode errorCode)
@@ -128,53 +163,44 @@ PassportCommunityError PassportNubelo::setErrorCode(Nubelo::Error::ErrorCode err
     return communityError(errorCode);
 }
 
+void PassportNubelo::cancel()
+{
+    m_openWaits->cancel();
+}
+
 PassportCommunityError PassportNubelo::exchange(const QString &name, QVariant &result,
                                                 const Call &call)
 {
     if (QThread::currentThread() == &m_cloudThread) {
         qCCritical(log_lp) << "called on the cloud thread, which would wait for itself:" << name;
-        return communityError(static_cast<Nubelo::Error::ErrorCode>(0x512E));
+        return communityError(callNotAllowed);
     }
-
-    // In one turn of the cloud thread: the reply's state is read and its handlers are attached
-    // before the reply can do anything.
+    // Known before the application object is looked at: its end cancels what is known.
     const auto wait = std::make_shared<ReplyWait>(name);
-    Nubelo::Reply *reply = nullptr;
-    auto status = Nubelo::Error::NoError;
-    handOver();
-    QMetaObject::invokeMethod(
-        m_manager,
-        [&] {
-            takeOver();
-            reply = call(*m_manager);
-            status = reply ? reply->status() : Nubelo::Error::NoError;
-            if (status != Nubelo::Error::NoError)
-                reply->deleteLater();
-            else if (reply)
-                wait->attach(reply, m_manager);
-            handOver();
-        },
-        Qt::BlockingQueuedConnection);
-    takeOver();
+    const OpenWaits::Entry entry(m_openWaits, wait);
+    if (!QCoreApplication::instance())
+        return communityError(callCanceled);
 
-    qCDebug(log_lp) << "replyConnect current thread-1" << QThread::currentThread();
-    if (!reply) {
-        qCDebug(log_lp) << "reply is nullptr";
-        PassportCommunityError record;
-        record.setErrorCode(QStringLiteral("unknownErr"));
-        return record;
-    }
+    logFirstLine();
+    std::optional<Nubelo::Error::ErrorCode> status;
+    if (!runOnThreadOf(m_manager, [&] { status = wait->attach(call(*m_manager), m_manager); }))
+        return communityError(callCanceled);
+    if (!status)
+        return withoutReply();
     if (status != Nubelo::Error::NoError) {
-        qCDebug(log_lp) << "request error" << keyName(status);
-        return communityError(status);
+        qCDebug(log_lp) << "request error" << keyName(*status);
+        return communityError(*status);
     }
+
     const QPointer<PassportNubelo> self(this);
-    wait->announce(m_manager);
-    // Nothing of this object from here on: a slot that runs during the wait may destroy it. Callers
-    // do go on with it, but only after a success.
     PassportCommunityError record = wait->wait(result);
-    if (!self && record.errorCode == CommunityErrorCode::NoError)
-        return communityError(static_cast<Nubelo::Error::ErrorCode>(0x700C));
+    // A slot that ran during the wait may have destroyed this object, and with it the cloud thread.
+    // After a success callers go on with it.
+    if (!self)
+        return record.errorCode == CommunityErrorCode::NoError ? communityError(callAborted)
+                                                               : record;
+    if (record.errorCode == CommunityErrorCode::EC_OperationCanceledError)
+        postToThreadOf(m_manager, [wait] { wait->drop(); });
     return record;
 }
 

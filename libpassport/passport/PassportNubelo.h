@@ -15,8 +15,11 @@
 #include <QtCore/QVariantMap>
 
 #include <functional>
+#include <memory>
 
 namespace VelqorPassPort {
+
+class OpenWaits;
 
 /// The client of the account cloud: turns the request library's asynchronous replies into calls
 /// that block and return a record.
@@ -24,9 +27,10 @@ namespace VelqorPassPort {
 /// Lives on its host's thread, where it is called and destroyed; the request library's Manager and
 /// all replies live on a cloud thread that runs from construction to destruction. A call waits in a
 /// local event loop: the caller's events go on being delivered, and slots may call again, nested to
-/// any depth. When the application quits meanwhile the call returns EC_OperationCanceledError, when
-/// a slot destroys this object EC_IsAborted. Account state is unguarded: one thread at a time, and
-/// never the cloud thread. Every method can also be invoked by name through the meta-object.
+/// any depth. cancel() and the application's quit or end make the calls in progress return
+/// EC_OperationCanceledError; when a slot destroys this object they return EC_IsAborted. Account
+/// state is unguarded: one thread at a time, and never the cloud thread. Nothing but std::bad_alloc
+/// leaves a call. Every method but cancel() can also be invoked by name through the meta-object.
 class PASSPORT_EXPORT PassportNubelo : public QObject
 {
     Q_OBJECT
@@ -35,6 +39,11 @@ public:
     explicit PassportNubelo(QObject *parent = nullptr);
     /// Returns when the cloud thread has ended; requests still open end as aborted first.
     ~PassportNubelo() override;
+
+    /// Ends every call in progress, on whatever thread, as EC_OperationCanceledError: its `result`
+    /// stays as it was and its request is dropped. Calls made later are not affected. May be called
+    /// from any thread while this object lives.
+    void cancel();
 
     // One request each. `result` receives the answer's "result", also that of a failed answer; it
     // stays as it was when there was no reply at all, or one already in error. `body`, `params`,
@@ -200,6 +209,7 @@ private:
     PassportCommunityError exchange(const QString &name, QVariant &result, const Call &call);
 
     Nubelo::Manager *m_manager = nullptr;
+    std::shared_ptr<OpenWaits> m_openWaits;
     QString m_token;
     QVariantMap m_userInfo;
     QString m_captchaId; // a UUID without braces

@@ -1,3 +1,4 @@
+#include "common/RunOnThread_p.h"
 #include "support/ScriptedClient.h"
 
 #include <QtCore/QTimer>
@@ -11,37 +12,6 @@ using VelqorPassPort::PassportNubelo;
 
 Q_DECLARE_METATYPE(Script)
 
-namespace {
-
-// Runs a function on the logging thread whenever a library line starts with a text.
-class LineHook
-{
-public:
-    LineHook(const QString &start, std::function<void()> run)
-    {
-        s_start = start;
-        s_run = std::move(run);
-        s_previous = qInstallMessageHandler(
-            [](QtMsgType type, const QMessageLogContext &context, const QString &text) {
-                s_previous(type, context, text);
-                if (s_run && text.startsWith(s_start))
-                    s_run();
-            });
-    }
-    ~LineHook()
-    {
-        qInstallMessageHandler(s_previous);
-        s_run = nullptr;
-    }
-
-private:
-    static inline QString s_start;
-    static inline std::function<void()> s_run;
-    static inline QtMessageHandler s_previous = nullptr;
-};
-
-} // namespace
-
 /// The wait of a request on every schedule of the two threads that can be forced.
 class tst_Schedules : public ScriptedClient
 {
@@ -54,6 +24,8 @@ private Q_SLOTS:
     void neverMissesAnImmediateOutcome();
     void servesCallersOnOtherThreads();
     void letsSlotsCallAgain();
+    void isCancelledFromAnywhere_data();
+    void isCancelledFromAnywhere();
     void endsWithTheApplicationsQuit();
     void endsWithItsOwnDestruction();
     void refusesTheCloudThread();
@@ -62,54 +34,55 @@ private Q_SLOTS:
 void tst_Schedules::survivesEveryOrderOfTheThreads_data()
 {
     QTest::addColumn<QString>("order");
-    QTest::newRow("caller held behind the creation until the outcome was emitted") << "caller held";
+    QTest::newRow("outcome emitted while its receiver connects") << "at once";
     QTest::newRow("cloud held with the reply made, the caller still in the invocation")
         << "creation held";
     QTest::newRow("cloud held before the emission until the caller waits") << "emission held";
-    QTest::newRow("caller takes the end by processEvents() before it waits") << "swallowed";
-    QTest::newRow("emitted inside the caller's own wait of a slot") << "slot";
+    QTest::newRow("emitted inside the caller's own wait of a slot, which takes the end") << "slot";
 }
 
 void tst_Schedules::survivesEveryOrderOfTheThreads()
 {
     QFETCH(QString, order);
     Gate gate, emitted;
-    Script script;
-    if (order == "creation held")
-        script.atCreation = [&](Reply *) { gate.hold(); };
-    script.then([&](Reply *reply) {
+    const auto emitOutcome = [&](Reply *reply) {
         if (order == "emission held" || order == "slot")
             gate.hold();
         Q_EMIT reply->errorOccurred(Nubelo::Error::Refused);
         Q_EMIT reply->finished({{"result", order}});
         emitted.open();
-    });
+    };
+    Script script;
+    script.then(emitOutcome);
+    if (order == "at once")
+        script.atReceiver = emitOutcome;
+    if (order == "creation held")
+        script.atCreation = [&](Reply *) { gate.hold(); };
     cloud.play(script);
 
     const LogCapture log;
-    std::unique_ptr<LineHook> hook;
-    if (order == "caller held" || order == "swallowed") {
-        hook = std::make_unique<LineHook>("replyConnect current thread-1", [&] {
+    bool delivered = false;
+    postToThreadOf(client.get(), [&] {
+        delivered = true;
+        if (order == "emission held" || order == "slot") {
+            gate.awaitArrival();
+            gate.open();
+        }
+        if (order == "slot") {
             emitted.hold();
-            if (order == "swallowed")
-                QCoreApplication::processEvents();
-        });
-    } else if (order == "creation held") {
-        std::thread([&] {
+            QCoreApplication::processEvents();
+        }
+    });
+    std::thread opener([&] {
+        if (order == "creation held") {
             gate.awaitArrival();
             gate.open();
-        }).detach();
-    } else {
-        QTimer::singleShot(0, client.get(), [&] {
-            gate.awaitArrival();
-            gate.open();
-            if (order == "slot")
-                emitted.hold();
-        });
-    }
+        }
+    });
     QCOMPARE(request().errorCode, Code::EC_ConnectionRefusedError);
+    opener.join();
     QCOMPARE(data, QVariant(order));
-    // Whatever came first, the lines stand in one order.
+    QVERIFY(delivered); // what was queued before a call is delivered during it, in any case
     QCOMPARE(withoutThreads(log.lines()).mid(0, 2),
              QStringList(
                  {"debug replyConnect current thread-1", "debug replyConnect current thread-2.2"}));
@@ -200,14 +173,45 @@ void tst_Schedules::letsSlotsCallAgain()
         QCOMPARE(ended.value(level - 1), level);
 }
 
+void tst_Schedules::isCancelledFromAnywhere_data()
+{
+    QTest::addColumn<QString>("when");
+    QTest::newRow("before the wait") << "creation";
+    QTest::newRow("by another thread") << "wait";
+    QTest::newRow("by a slot of the caller") << "slot";
+}
+
+void tst_Schedules::isCancelledFromAnywhere()
+{
+    QFETCH(QString, when);
+    const auto cancel = [&](Reply *) { client->cancel(); };
+    Script script;
+    if (when == "creation")
+        script.atCreation = cancel;
+    else if (when == "wait")
+        script.then(cancel).then([](Reply *) {});
+    else
+        QTimer::singleShot(0, client.get(), [&] { client->cancel(); });
+    cloud.play(script);
+    QCOMPARE(request().errorCode, Code::EC_OperationCanceledError);
+    QCOMPARE(data, QVariant("before"));
+    QTRY_COMPARE(Reply::alive.load(), 0); // the request is dropped while the client lives on
+    QCOMPARE(request().errorCode, Code::NoError);
+}
+
 void tst_Schedules::endsWithTheApplicationsQuit()
 {
-    Gate release;
+    Gate release, called;
+    Record first, second, elsewhere;
+    Script silent = Script::silent();
+    silent.atCreation = [&](Reply *) { called.open(); };
+    cloud.play(silent);
+    std::thread other([&] { elsewhere = PassportNubelo().getNetByStatus(); });
+    called.hold();
     cloud.play(Script().then([&](Reply *reply) {
         release.hold();
         Q_EMIT reply->finished({{"result", "too late"}});
     }));
-    Record first, second;
     QTimer::singleShot(0, client.get(), [&] {
         QTimer::singleShot(0, client.get(), [] { QCoreApplication::exit(3); });
         first = request();
@@ -217,6 +221,8 @@ void tst_Schedules::endsWithTheApplicationsQuit()
         second = request();
     });
     QCOMPARE(QCoreApplication::exec(), 3);
+    other.join();
+    QCOMPARE(elsewhere.errorCode, Code::EC_OperationCanceledError);
     QCOMPARE(first.errorCode, Code::EC_OperationCanceledError);
     QCOMPARE(second.errorCode, Code::EC_OperationCanceledError);
     QCOMPARE(data, QVariant("before"));

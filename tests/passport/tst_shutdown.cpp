@@ -25,12 +25,13 @@ void tst_Shutdown::ends_data()
     good.writeSystemCfg({{"Default", QJsonObject{{"StartHub", false}}}});
     good.writePassportCfg({{"hub", QJsonObject{{"path", "hub.exe"}}}});
     for (const char *when : {"before the loop", "during the loop", "after the loop",
-                             "across the loop", "as the application's child", "unloaded"}) {
-        for (const char *request : {"no request", "request"}) {
-            QTest::addRow("%s, %s", when, request) << when << "" << request;
-            QTest::addRow("%s, %s, initial", when, request) << when << good.path() << request;
-            QTest::addRow("%s, %s, failed initial", when, request) << when << "/nowhere" << request;
-        }
+                             "across the loop", "as the application's child", "unloaded",
+                             "on another thread", "quit under a call", "end under a call"}) {
+        QTest::addRow("%s, unused", when) << when << ""
+                                          << "";
+        QTest::addRow("%s, initial", when) << when << good.path() << "request";
+        QTest::addRow("%s, failed initial", when) << when << "/nowhere"
+                                                  << "request";
     }
 }
 

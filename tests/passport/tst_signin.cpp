@@ -1,4 +1,4 @@
-#include "common/HandOver_p.h"
+#include "common/RunOnThread_p.h"
 #include "support/Rows.h"
 #include "support/ScriptedClient.h"
 
@@ -133,17 +133,12 @@ void tst_SignIn::survivesItsDestruction()
     QSemaphore answered;
     Script script;
     script.then([&](Nubelo::Reply *) {
-        handOver();
-        QMetaObject::invokeMethod(
-            qApp,
-            [&] {
-                takeOver();
-                gate.awaitArrival();
-                gate.open();
-                answered.acquire();
-                client.reset();
-            },
-            Qt::QueuedConnection);
+        postToThreadOf(qApp, [&] {
+            gate.awaitArrival();
+            gate.open();
+            answered.acquire();
+            client.reset();
+        });
         gate.hold();
     });
     script.then([&](Nubelo::Reply *reply) {

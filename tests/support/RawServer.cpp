@@ -1,6 +1,6 @@
 #include "support/RawServer.h"
 
-#include "common/HandOver_p.h"
+#include "common/RunOnThread_p.h"
 
 #include <QtCore/QMutexLocker>
 #include <QtNetwork/QHostAddress>
@@ -59,17 +59,7 @@ RawServer::RawServer(Handler handler, const QSslConfiguration &tls)
 
 RawServer::~RawServer()
 {
-    Listener *listener = m_listener.get();
-    handOver();
-    QMetaObject::invokeMethod(
-        listener,
-        [this] {
-            takeOver();
-            m_listener.reset();
-            handOver();
-        },
-        Qt::BlockingQueuedConnection);
-    takeOver();
+    runOnThreadOf(m_listener.get(), [this] { m_listener.reset(); });
     m_thread.quit();
     m_thread.wait();
 }

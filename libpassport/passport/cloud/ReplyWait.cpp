@@ -1,100 +1,70 @@
 #include "passport/cloud/ReplyWait_p.h"
 
-#include "common/HandOver_p.h"
 #include "common/Log.h"
+#include "common/RunOnThread_p.h"
 #include "passport/cloud/CloudError_p.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QThread>
 
 namespace VelqorPassPort {
 
-namespace {
-
-constexpr auto canceled = static_cast<Nubelo::Error::ErrorCode>(0x5004);
-constexpr auto aborted = static_cast<Nubelo::Error::ErrorCode>(0x700C);
-
-} // namespace
-
-void ReplyWait::attach(Nubelo::Reply *reply, QObject *manager)
+std::optional<Nubelo::Error::ErrorCode> ReplyWait::attach(Nubelo::Reply *reply, QObject *manager)
 {
+    if (!reply)
+        return std::nullopt;
+    if (!reply->parent() && reply->thread() == manager->thread())
+        reply->setParent(manager);
+    const Nubelo::Error::ErrorCode status = reply->status();
+    if (status != Nubelo::Error::NoError) {
+        reply->deleteLater();
+        return status;
+    }
+    m_reply = reply;
     const auto self = shared_from_this();
-    QObject::connect(
-        reply, &Nubelo::Reply::finished, manager, [self, reply](const QVariantMap &map) {
-            self->handle([self = self.get(), reply, map] { self->onFinished(reply, map); });
-        });
-    QObject::connect(reply, &Nubelo::Reply::errorOccurred, manager,
-                     [self](Nubelo::Error::ErrorCode code) {
-                         self->handle([self = self.get(), code] { self->onError(code); });
-                     });
-    QObject::connect(
-        reply, &Nubelo::Reply::sslErrorOccurred, manager, [self](const QList<QSslError> &errors) {
-            self->handle([self = self.get(), errors] {
-                if (self->m_finished)
-                    return;
-                qCDebug(log_lp) << "replyConnect current thread-2.3" << QThread::currentThread();
-                qCDebug(log_lp) << "ssl error" << errors;
-            });
-        });
-    m_managerGone =
-        QObject::connect(manager, &QObject::destroyed, [self] { self->onManagerGone(); });
-}
-
-void ReplyWait::announce(QObject *manager)
-{
-    // Each side says what it did before it looks at what the other did: at least one of them sees
-    // both, and the cloud thread is woken only when something came early.
-    m_announced = true;
-    if (!m_holding)
-        return;
-    QMetaObject::invokeMethod(
-        manager, [self = HandedOver(shared_from_this())] { self.take()->handleHeld(); },
-        Qt::QueuedConnection);
+    using Nubelo::Reply;
+    QObject::connect(manager, &QObject::destroyed, reply, [self] { self->onManagerGone(); });
+    QObject::connect(reply, &Reply::sslErrorOccurred, manager,
+                     [self](const QList<QSslError> &errors) { self->onSslError(errors); });
+    QObject::connect(reply, &Reply::errorOccurred, manager,
+                     [self](Nubelo::Error::ErrorCode code) { self->onError(code); });
+    // The last one: a reply may bring its outcome as soon as somebody is there to receive it.
+    QObject::connect(reply, &Reply::finished, manager,
+                     [self](const QVariantMap &map) { self->onFinished(map); });
+    return status;
 }
 
 PassportCommunityError ReplyWait::wait(QVariant &result)
 {
-    // Without an application object there is nothing that could deliver the end of the wait.
-    if (!QCoreApplication::instance())
-        return communityError(canceled);
-
     QEventLoop loop;
-    {
-        const std::lock_guard lock(m_mutex);
-        m_loop = &loop;
-    }
-    // The loop is also left without an end: when a slot's processEvents() took the queued quit, the
-    // flag tells; when the application quits, the next exec() gives -1 at once.
-    while (!ended() && loop.exec() != -1) {
-    }
+    std::unique_lock lock(m_mutex);
+    m_loop = &loop;
+    if (m_state != State::Open)
+        leaveLoopLater();
+    // When the application quits, the loop is left once without an end, and the next exec() gives
+    // -1 at once.
+    do {
+        lock.unlock();
+        const int code = loop.exec();
+        lock.lock();
+        if (code == -1)
+            break;
+    } while (m_state == State::Open);
 
-    const std::lock_guard lock(m_mutex);
     m_loop = nullptr;
-    if (!m_ended)
-        return communityError(canceled);
+    if (m_state != State::Settled)
+        return communityError(callCanceled);
     result = m_result;
     return m_record;
 }
 
-void ReplyWait::handle(Handler handler)
+void ReplyWait::drop()
 {
-    m_held.push_back(std::move(handler));
-    m_holding = true;
-    if (m_announced)
-        handleHeld();
+    if (m_reply && !m_finished)
+        m_reply->deleteLater();
+    m_finished = true;
 }
 
-void ReplyWait::handleHeld()
-{
-    // One at a time: a log line may run code of the host that makes the reply emit again.
-    while (!m_held.empty()) {
-        const Handler handler = std::move(m_held.front());
-        m_held.pop_front();
-        handler();
-    }
-}
-
-void ReplyWait::onFinished(Nubelo::Reply *reply, const QVariantMap &map)
+void ReplyWait::onFinished(const QVariantMap &map)
 {
     if (m_finished)
         return;
@@ -112,8 +82,9 @@ void ReplyWait::onFinished(Nubelo::Reply *reply, const QVariantMap &map)
         if (failed && !result.isNull())
             m_record.setErrorCode(result.toString());
     }
-    reply->deleteLater();
-    end();
+    if (m_reply)
+        m_reply->deleteLater();
+    end(State::Settled);
 }
 
 void ReplyWait::onError(Nubelo::Error::ErrorCode code)
@@ -126,33 +97,44 @@ void ReplyWait::onError(Nubelo::Error::ErrorCode code)
     m_record = communityError(code);
 }
 
+void ReplyWait::onSslError(const QList<QSslError> &errors)
+{
+    if (m_finished)
+        return;
+    qCDebug(log_lp) << "replyConnect current thread-2.3" << QThread::currentThread();
+    qCDebug(log_lp) << "ssl error" << errors;
+}
+
 void ReplyWait::onManagerGone()
 {
-    handleHeld();
     if (m_finished)
         return;
     m_finished = true;
     {
         const std::lock_guard lock(m_mutex);
-        m_record = communityError(aborted);
+        m_record = communityError(callAborted);
     }
-    end();
+    end(State::Settled);
 }
 
-void ReplyWait::end()
+void ReplyWait::end(State state)
 {
-    QObject::disconnect(m_managerGone);
     const std::lock_guard lock(m_mutex);
-    m_ended = true;
-    // Queued, never direct: Qt 5 forgets a quit() that comes before exec().
+    if (m_state != State::Open)
+        return;
+    m_state = state;
     if (m_loop)
-        QMetaObject::invokeMethod(m_loop, &QEventLoop::quit, Qt::QueuedConnection);
+        leaveLoopLater();
 }
 
-bool ReplyWait::ended()
+// Queued, never direct: Qt 5 forgets a quit() that comes before exec().
+void ReplyWait::leaveLoopLater()
 {
-    const std::lock_guard lock(m_mutex);
-    return m_ended;
+    postToThreadOf(m_loop, [self = shared_from_this()] {
+        const std::lock_guard lock(self->m_mutex);
+        if (self->m_loop)
+            self->m_loop->quit();
+    });
 }
 
 } // namespace VelqorPassPort

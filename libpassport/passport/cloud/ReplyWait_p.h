@@ -6,14 +6,13 @@
 
 #include <QtCore/QEventLoop>
 #include <QtCore/QObject>
+#include <QtCore/QPointer>
 #include <QtCore/QString>
 #include <QtCore/QVariant>
 
-#include <atomic>
-#include <deque>
-#include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace VelqorPassPort {
 
@@ -22,48 +21,49 @@ namespace VelqorPassPort {
 /// The cloud thread attaches the handlers in the turn in which it has the reply, so no outcome can
 /// slip by. The caller then waits on its own thread. Each side holds a reference: a signal that
 /// comes late, or after the caller gave up, finds valid memory and changes nothing the caller sees.
-/// The wait ends with the reply's finished(), with the application's quit, or with the end of the
-/// cloud thread.
+/// The wait ends with the reply's finished(), with cancel(), with the application's quit, or with
+/// the end of the cloud thread.
 class ReplyWait : public std::enable_shared_from_this<ReplyWait>
 {
 public:
     /// `requestName` stands in the log lines.
     explicit ReplyWait(QString requestName) : m_requestName(std::move(requestName)) {}
 
-    /// Cloud thread: connects the handlers to `reply`, which is released when it has finished. They
-    /// run on the thread of `manager`, whose end also ends the wait.
-    void attach(Nubelo::Reply *reply, QObject *manager);
+    /// Cloud thread: the state of `reply`, or nothing when there is none. One without an error is
+    /// waited for: its handlers run on the thread of `manager`, which owns it from now on at the
+    /// latest, and it is released when it has finished. One already in error is released at once.
+    std::optional<Nubelo::Error::ErrorCode> attach(Nubelo::Reply *reply, QObject *manager);
 
-    /// Caller's thread: says that the wait's first log line is written. Outcomes that came earlier
-    /// are handled only now, so that the lines of one wait always stand in one order.
-    void announce(QObject *manager);
+    /// Any thread: ends the wait, now or as soon as it begins, unless its outcome is there already.
+    void cancel() { end(State::Canceled); }
 
-    /// Caller's thread: waits without a time limit while its events go on being delivered. `result`
-    /// is the answer's "result" afterwards; it stays as it was when the wait was cancelled.
+    /// Caller's thread: waits without a time limit while its events go on being delivered, those
+    /// queued before the call in any case. `result` is the answer's "result" afterwards; it stays
+    /// as it was when the wait was cancelled.
     PassportCommunityError wait(QVariant &result);
 
+    /// Cloud thread: releases a reply that has not finished, and with it the request.
+    void drop();
+
 private:
-    using Handler = std::function<void()>;
-    void handle(Handler handler);
-    void handleHeld();
-    void onFinished(Nubelo::Reply *reply, const QVariantMap &map);
+    enum class State { Open, Settled, Canceled };
+
+    void onFinished(const QVariantMap &map);
     void onError(Nubelo::Error::ErrorCode code);
+    void onSslError(const QList<QSslError> &errors);
     void onManagerGone();
-    void end();
-    bool ended();
+    void end(State state);
+    void leaveLoopLater();
 
     const QString m_requestName;
-    std::atomic<bool> m_announced{false};
-    std::atomic<bool> m_holding{false}; // an outcome has come
 
     // Of the cloud thread alone.
-    std::deque<Handler> m_held;
-    QMetaObject::Connection m_managerGone;
+    QPointer<Nubelo::Reply> m_reply;
     bool m_finished = false;
 
     std::mutex m_mutex; // guards what follows
     QEventLoop *m_loop = nullptr;
-    bool m_ended = false;
+    State m_state = State::Open;
     QVariant m_result;
     PassportCommunityError m_record;
 };

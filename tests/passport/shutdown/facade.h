@@ -20,13 +20,17 @@ public:
     {
         if (!m_initial.isEmpty())
             initial(m_initial);
-        if (!m_request)
-            return;
         // Refused at once: what counts is that connections and transfers existed.
-        QVariantMap sources{{"cloud", "http://127.0.0.1:1"}}, info;
+        if (m_request)
+            signIn(1);
+    }
+
+    VelqorPassPort::PassportCommunityError signIn(int port)
+    {
+        QVariantMap sources{{"cloud", QString("http://127.0.0.1:%1").arg(port)}}, info;
         setConfigData(
             QVariantMap{{"cloudEnvironment", "x"}, {"environments", QVariantMap{{"x", sources}}}});
-        logIn("a", "b", "c", info, false);
+        return logIn("a", "b", "c", info, false);
     }
 
 private:

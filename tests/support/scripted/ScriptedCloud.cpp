@@ -1,7 +1,8 @@
 #include "ScriptedCloud.h"
 
-#include "common/HandOver_p.h"
+#include "common/RunOnThread_p.h"
 
+#include <QtCore/QPointer>
 #include <QtCore/QThread>
 
 namespace {
@@ -10,16 +11,13 @@ void playFrom(Nubelo::Reply *reply, const std::vector<Script::Step> &steps, std:
 {
     if (next >= steps.size())
         return;
-    handOver();
-    QMetaObject::invokeMethod(
-        reply,
-        [reply, steps, next] {
-            takeOver();
-            // Posted first: the step may finish the reply, whose receiver releases it.
-            playFrom(reply, steps, next + 1);
-            steps[next](reply);
-        },
-        Qt::QueuedConnection);
+    postToThreadOf(reply, [reply = QPointer<Nubelo::Reply>(reply), steps, next] {
+        if (!reply)
+            return;
+        // Posted first: the step may finish the reply, whose receiver releases it.
+        playFrom(reply, steps, next + 1);
+        steps[next](reply);
+    });
 }
 
 } // namespace
@@ -104,17 +102,16 @@ Nubelo::Reply *ScriptedCloud::perform(Nubelo::Manager *manager, Call call)
     }
     if (!script.hasReply)
         return nullptr;
-    // A request's outcome waits for nobody; a setter's, called on any thread, for its receiver.
-    const bool isRequest = operation.startsWith("request");
+    // Without a parent, as an implementation may hand them out.
     auto *reply = new Nubelo::Reply;
     reply->m_status = script.status;
     reply->moveToThread(manager->thread());
-    // So that a reply that never finishes goes with its manager.
-    if (isRequest)
-        reply->setParent(manager);
     if (script.atCreation)
         script.atCreation(reply);
-    if (isRequest)
+    // A request's outcome waits for nobody; a setter's, called on any thread, for its receiver.
+    if (script.atReceiver)
+        reply->m_onReceiver = [reply, step = script.atReceiver] { step(reply); };
+    else if (operation.startsWith("request"))
         playFrom(reply, script.steps, 0);
     else
         reply->m_onReceiver = [reply, steps = script.steps] { playFrom(reply, steps, 0); };

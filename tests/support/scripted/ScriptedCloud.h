@@ -56,6 +56,7 @@ struct Script
     bool hasReply = true;
     Nubelo::Error::ErrorCode status = Nubelo::Error::NoError;
     Step atCreation; ///< runs before the call returns
+    Step atReceiver; ///< runs instead of the steps, while finished() is being connected
     std::vector<Step> steps;
 };
 
