@@ -1,6 +1,7 @@
 #include "config/FileRewrite_p.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 
 namespace {
 
@@ -19,7 +20,9 @@ bool writeAll(QFile &file, const QByteArray &bytes)
 
 Rewrite rewriteFile(const QString &path, QIODevice::OpenMode mode, const QByteArray &bytes)
 {
-    const QByteArray old = contentOf(path);
+    // Reading a pipe would wait for its writer, and reading a device may never end.
+    const bool isRegular = QFileInfo(path).isFile();
+    const QByteArray old = isRegular ? contentOf(path) : QByteArray();
     QFile file(path);
     if (!file.open(mode))
         return Rewrite::NotOpened;
@@ -28,7 +31,7 @@ Rewrite rewriteFile(const QString &path, QIODevice::OpenMode mode, const QByteAr
 
     // Truncating has freed the room that the old content needs, so it nearly always fits again.
     file.close();
-    if (file.open(QIODevice::WriteOnly))
+    if (isRegular && file.open(QIODevice::WriteOnly))
         writeAll(file, old);
     return Rewrite::NotWritten;
 }

@@ -11,5 +11,5 @@ enum class Rewrite {
 };
 
 /// Truncates the file and writes the bytes, in place: its owner, its permissions and whoever
-/// watches it keep seeing the same file.
+/// watches it keep seeing the same file. Only the old content of a regular file is kept aside.
 Rewrite rewriteFile(const QString &path, QIODevice::OpenMode mode, const QByteArray &bytes);

@@ -1,7 +1,5 @@
 #include "config/ServiceLocator.h"
 
-#include "config/ConfigMgr.h"
-
 std::shared_ptr<ConfigMgr> ServiceLocator::g_cfgMgr;
 
 void ServiceLocator::init()

@@ -1,10 +1,9 @@
 #pragma once
 
 #include "common/Export.h"
+#include "config/ConfigMgr.h"
 
 #include <memory>
-
-class ConfigMgr;
 
 /// Holds the one configuration manager of the process.
 ///

@@ -9,9 +9,6 @@
 ///
 /// Callable from any thread; nothing is shared between calls.
 
-/// The file name of the hub's program, for hosts: nothing in the library reads it.
-inline constexpr char g_hubName[] = "passportHub.exe";
-
 /// True when the name occurs anywhere in the listing of all processes, letter case included; blocks
 /// for the run of "ps", at most 30 s.
 ///

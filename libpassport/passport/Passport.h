@@ -71,8 +71,9 @@ public:
 
     /// Signs in with a password and fills `userInfo` with the profile; success does not depend on
     /// the profile. With `isRemember` the name and the password, exactly as given, are written to
-    /// config/account.json in the passport directory, a file that its owner alone can read; whether
-    /// that worked is not reported. On failure the file stays as it was.
+    /// config/account.json in the passport directory, a file that its owner alone can read; where
+    /// the permissions cannot be narrowed to that, the name alone. Whether it worked is not
+    /// reported. On failure the file stays as it was.
     PassportCommunityError logIn(const QString &username, const QString &password,
                                  const QString &phoneArea, QVariantMap &userInfo, bool isRemember);
 
@@ -229,7 +230,8 @@ Q_SIGNALS:
 
 private:
     QString accountFilePath() const;
-    void rebuildAccountFile(const QString &path);
+    /// False when the file could not be emptied, or others may be able to read it.
+    bool rebuildAccountFile(const QString &path);
 
     InitialWorker *m_initialWorker = nullptr;
     bool m_initialized = false; // no operation sets it, so that initial() always starts again

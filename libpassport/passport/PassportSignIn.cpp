@@ -22,9 +22,10 @@ PassportCommunityError Passport::logIn(const QString &username, const QString &p
     qCDebug(log_lp) << "login success...";
     if (isRemember) {
         const QString path = accountFilePath();
-        rebuildAccountFile(path);
+        const bool isPrivate = rebuildAccountFile(path);
         g_setConfigInformation(QStringLiteral("name"), username, path);
-        g_setConfigInformation(QStringLiteral("password"), password, path);
+        if (isPrivate)
+            g_setConfigInformation(QStringLiteral("password"), password, path);
     }
     return record;
 }
@@ -50,17 +51,17 @@ QString Passport::accountFilePath() const
     return m_passportDir + QStringLiteral("/config/account.json");
 }
 
-void Passport::rebuildAccountFile(const QString &path)
+bool Passport::rebuildAccountFile(const QString &path)
 {
-    // From nothing, so that no member of an earlier account survives.
+    // From nothing, so that no member of an earlier account survives: a file that cannot be removed
+    // is emptied.
     QFile file(path);
     if (file.exists())
         file.remove();
-    if (!file.exists() && file.open(QIODevice::ReadWrite | QIODevice::Text)) {
-        // Before there is anything to read: it will hold a password.
-        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        file.close();
-    }
+    if (!file.open(QIODevice::ReadWrite | QIODevice::Truncate | QIODevice::Text))
+        return false;
+    // Before there is anything to read in it.
+    return file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }
 
 QJsonObject Passport::getAccountInfo()

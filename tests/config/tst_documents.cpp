@@ -4,6 +4,9 @@
 #include "support/PassportDirectory.h"
 #include "support/Rows.h"
 
+#include <sys/stat.h>
+
+#include <fstream>
 #include <thread>
 #include <vector>
 
@@ -126,6 +129,18 @@ void TestDocuments::failedSaveKeepsTheOldFile()
     QVERIFY(document.setValue("a", "c", QString(100000, QChar(u'x'))));
     QCOMPARE(onAFullDisk([&] { return document.saveCfg(m_dir.filePath(systemFile)) ? 1 : 0; }), 0);
     QCOMPARE(m_dir.read(systemFile), old);
+
+    // A pipe is only written: reading it first would wait for a writer.
+    const QByteArray pipe = QFile::encodeName(m_dir.filePath("pipe"));
+    QCOMPARE(::mkfifo(pipe.constData(), 0600), 0);
+    std::string written;
+    std::thread reader([&] {
+        std::ifstream in(pipe.constData());
+        written.assign(std::istreambuf_iterator<char>(in), {});
+    });
+    QVERIFY(document.saveCfg(m_dir.filePath("pipe")));
+    reader.join();
+    QCOMPARE(QByteArray::fromStdString(written), document.getCfgJson().toUtf8());
 }
 
 void TestDocuments::managerLoadsBothDocumentsOnce()

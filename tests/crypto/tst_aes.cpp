@@ -1,5 +1,3 @@
-#include "ForcedKernel.h"
-
 #include "crypto/AESEncryption.h"
 #include "support/Rows.h"
 
@@ -24,7 +22,6 @@ class TestAes : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { checkForcedKernel(); }
     void publishedVectors_data();
     void publishedVectors();
     void roundStepsComposeTheCipher();

@@ -1,5 +1,3 @@
-#include "ForcedKernel.h"
-
 #include "crypto/AESEncryption.h"
 #include "crypto/EDData.h"
 #include "support/LogCapture.h"
@@ -43,7 +41,6 @@ class TestEDData : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { checkForcedKernel(); }
     void base64_data();
     void base64();
     void decodingStopsAtAnyOtherCharacter();

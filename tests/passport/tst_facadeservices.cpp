@@ -8,6 +8,11 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFileInfo>
+#include <QtCore/QScopedValueRollback>
+
+#include <fcntl.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 using namespace VelqorPassPort;
 
@@ -22,6 +27,18 @@ const QVariantMap account{{"token", "T"}};
 
 } // namespace
 
+// The system's calls, which can be made to fail as on a volume that knows no permissions or in a
+// directory that nothing can be removed from.
+static bool filesAreFixed = false;
+extern "C" Q_DECL_EXPORT int unlink(const char *path)
+{
+    return filesAreFixed ? -1 : ::unlinkat(AT_FDCWD, path, 0);
+}
+extern "C" Q_DECL_EXPORT int fchmod(int file, mode_t mode)
+{
+    return filesAreFixed ? -1 : int(::syscall(SYS_fchmod, file, mode));
+}
+
 /// The facade's account services: every log line in order, and the files and the web pages that go
 /// with them.
 class tst_Services : public QObject
@@ -34,6 +51,7 @@ private Q_SLOTS:
 
     void remembersOnlyWhenAsked_data();
     void remembersOnlyWhenAsked();
+    void neverMixesAccounts();
     void keepsACopyOfThePolicy_data();
     void keepsACopyOfThePolicy();
     void showsThePolicy_data();
@@ -104,6 +122,19 @@ void tst_Services::remembersOnlyWhenAsked()
     QCOMPARE(dir->read(accountFile), rebuilt ? fresh : old);
     const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
     QCOMPARE(!(QFileInfo(dir->filePath(accountFile)).permissions() & others), rebuilt);
+}
+
+void tst_Services::neverMixesAccounts()
+{
+    dir->write(accountFile, R"({"name":"old","password":"pw"})");
+    for (int i = 0; i < 2; ++i)
+        cloud.play(Script::answering(account));
+    QVariantMap map;
+    {
+        const QScopedValueRollback<bool> fixed(filesAreFixed, true);
+        passport->logIn("ada", "word", {}, map, true);
+    }
+    QCOMPARE(dir->read(accountFile), "{\n    \"name\": \"ada\"\n}\n");
 }
 
 void tst_Services::keepsACopyOfThePolicy_data()

@@ -1,32 +1,23 @@
 #include "crypto/kernels/Kernel_p.h"
 
-#include <cstdlib>
-#include <cstring>
-
 namespace VelqorPassPort::Kernels {
 
 namespace {
 
-const Kernel &chosenKernel()
+const Kernel &fastestKernel()
 {
-    const char *wanted = std::getenv("PASSPORT_CRYPTO_KERNEL");
-    const Kernel *fastest = portableKernel();
-    for (const auto candidate : {portableKernel, neonKernel, aesniKernel, vaesKernel}) {
-        const Kernel *kernel = candidate();
-        if (!kernel)
-            continue;
-        if (wanted && std::strcmp(kernel->name, wanted) == 0)
+    for (const auto candidate : {vaesKernel, aesniKernel, neonKernel}) {
+        if (const Kernel *kernel = candidate())
             return *kernel;
-        fastest = kernel;
     }
-    return *fastest;
+    return *portableKernel();
 }
 
 } // namespace
 
 const Kernel &activeKernel()
 {
-    static const Kernel &kernel = chosenKernel();
+    static const Kernel &kernel = fastestKernel();
     return kernel;
 }
 

@@ -77,8 +77,7 @@ const Kernel *vaesKernel();
 const Kernel *neonKernel();
 
 /// The fastest kernel of this machine, chosen at the first call, safe from any thread and from
-/// static initialisers. The environment variable PASSPORT_CRYPTO_KERNEL (portable, aesni, vaes,
-/// neon) asks for another one; a name that is unknown or cannot run here is ignored.
+/// static initialisers.
 const Kernel &activeKernel();
 
 } // namespace VelqorPassPort::Kernels
