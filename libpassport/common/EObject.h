@@ -20,7 +20,7 @@ public:
     unsigned int lastError() const;
 
     /// Stores the code; one without a module byte is marked by setting bit 31, so that a library's
-    /// error 6 reads back as 0x80000006. lastError() keeps the mark, deliberately.
+    /// error 6 reads back as 0x80000006, mark included.
     void setLastError(unsigned int code) const;
 
 private:

@@ -19,8 +19,8 @@ public:
     /// "QtTunnelErrorCode::" with the name of the low 16 bits, or with "Undefined" when no
     /// enumerator has that value; "UnknownLib_Error" for a library other than the tunnel.
     ///
-    /// The library byte is tested first, so UnknownError (65535) is never named, deliberately:
-    /// hosts know its code as "UnknownLib_Error".
+    /// The library byte is tested first, so UnknownError (65535) is never named: hosts know its
+    /// code as "UnknownLib_Error".
     static QString getLibErrStr(unsigned int code);
 
     /// As getLibErrStr(), without the prefix.

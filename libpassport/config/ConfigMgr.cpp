@@ -32,7 +32,7 @@ bool ConfigMgr::init()
 bool ConfigMgr::init(QString path)
 {
     // A path that exists only below the application directory is loaded as given all the same, that
-    // is relative to the working directory. Deliberate: hosts rely on this order.
+    // is relative to the working directory: hosts rely on this order.
     if (!fileExists(path))
         return false;
     return load(path, directoryOf(path) + QStringLiteral("/PassPortCfg.cfg"));

@@ -8,7 +8,7 @@
 /// Holds the one configuration manager of the process.
 ///
 /// init() and release() are called while the library starts and shuts down, on one thread: the
-/// pointer is not guarded. Whoever holds a copy keeps his manager alive after release().
+/// pointer is not guarded. A copy keeps its manager alive after release().
 class PASSPORT_EXPORT ServiceLocator
 {
 public:

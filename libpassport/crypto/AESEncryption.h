@@ -53,7 +53,7 @@ public:
     /// The round keys, 176, 208 or 240 bytes (FIPS 197, 5.2).
     std::string expandKey(const std::string &key) const;
     /// encode() and decode() with the result of expandKey(); a shorter one throws
-    /// std::out_of_range. The spelling is deliberate: callers know these names.
+    /// std::out_of_range. Callers know these names by their spelling.
     std::string encodeWithExpanedKey(const std::string &text, const std::string &expandedKey,
                                      const std::string &iv) const;
     std::string decodeWithExpanedKey(const std::string &data, const std::string &expandedKey,

@@ -153,7 +153,7 @@ bool EDData::writeFile(const std::string &path, const std::string &data) const
     }
     qCDebug(log_lp, "mireth01 edData.ofstream opened:");
     file.write(data.data(), static_cast<std::streamsize>(data.size()));
-    // The second "declared" is deliberate: those who read these logs know the line after a write.
+    // "declared" once more: those who read these logs know the line after a write by it.
     qCDebug(log_lp, "mireth01 edData.ofstream declared:");
     file.flush();
     qCDebug(log_lp, "mireth01 edData.ofstream flushed:");

@@ -2,6 +2,7 @@
 
 #include "common/Log.h"
 #include "config/ConfigInformation.h"
+#include "config/PassportDirectory_p.h"
 #include "config/ServiceLocator.h"
 #include "hub/ProcessControl.h"
 
@@ -109,9 +110,10 @@ int InitialWorker::reloadTiemout()
 void InitialWorker::setPaths(const QString &passportDir)
 {
     m_passportDir = passportDir;
-    m_hubFilePath = passportDir + QStringLiteral("/hub/passportHub.exe");
-    m_sysCfgFilePath = passportDir + QStringLiteral("/config/SystemCfg.cfg");
-    m_cfgFilePath = passportDir + QStringLiteral("/config/PassPortCfg.cfg");
+    const PassportDirectory directory(passportDir);
+    m_hubFilePath = directory.hub();
+    m_sysCfgFilePath = directory.systemConfiguration();
+    m_cfgFilePath = directory.passportConfiguration();
 }
 
 void InitialWorker::loadDocuments()

@@ -29,9 +29,8 @@ public:
     /// True when the environment is up: also when a hub that was asked for did not start. False,
     /// with a critical log line, when a configuration file is missing or empty.
     ///
-    /// Runs once until exitModule(): a call after a failed one returns true and does nothing,
-    /// deliberately. Documents that were read are kept for good, and a later call reads only what
-    /// is missing.
+    /// Runs once until exitModule(): a call after one that failed returns true and does nothing.
+    /// Documents that were read are kept for good, and a later run reads only what is missing.
     bool initialModule(QString passportDir);
 
     /// Creates the configuration manager anew; always true.
@@ -41,8 +40,8 @@ public:
     /// again.
     void exitModule();
 
-    /// The page reload timeout of the web flows in milliseconds; 5000 when none is configured. The
-    /// name is spelled so on purpose: it is what callers know.
+    /// The page reload timeout of the web flows in milliseconds; 5000 when none is configured.
+    /// Callers know it by this spelling.
     int reloadTiemout();
 
 Q_SIGNALS:

@@ -14,14 +14,27 @@ inline void logFailure(const char *text, const PassportCommunityError &record)
                     << record.errorData << record.errorMessage;
 }
 
-/// The line of an operation that has nothing more to say when it succeeds.
-inline void logOutcome(const PassportCommunityError &record, const char *failure,
-                       const char *success)
+/// Writes the line of an operation that failed or succeeded, and hands the record on.
+inline PassportCommunityError logOutcome(PassportCommunityError record, const char *failure,
+                                         const char *success)
 {
-    if (record.errorCode != CommunityErrorCode::NoError)
+    if (record.isError())
         logFailure(failure, record);
     else
         qCDebug(log_lp) << success;
+    return record;
+}
+
+/// The same with what the operation brought behind the text of its success.
+template <typename Value>
+PassportCommunityError logOutcome(PassportCommunityError record, const char *failure,
+                                  const char *success, const Value &value)
+{
+    if (record.isError())
+        logFailure(failure, record);
+    else
+        qCDebug(log_lp) << success << value;
+    return record;
 }
 
 } // namespace VelqorPassPort

@@ -70,35 +70,4 @@ void Passport::setPassportDir(QString dir)
     m_passportDir = dir;
 }
 
-void Passport::setToken(QString token)
-{
-    m_cloud->setToken(token);
-}
-
-QString Passport::token() const
-{
-    return m_cloud->token();
-}
-
-PassportCommunityError Passport::setConfigPath(QString path)
-{
-    return m_cloud->setConfigPath(path);
-}
-
-PassportCommunityError Passport::setConfigData(QVariantMap data)
-{
-    return m_cloud->setConfigData(data);
-}
-
-PassportCommunityError Passport::setConfigData(QString environment)
-{
-    return m_cloud->setConfigData(environment);
-}
-
-PassportCommunityError Passport::configData(QVariantMap &data)
-{
-    data = m_cloud->configData();
-    return {};
-}
-
 } // namespace VelqorPassPort

@@ -36,11 +36,12 @@ public:
     ~Passport() override;
 
     /// Keeps `dir` (without a trailing separator) and brings up its environment, starting the hub
-    /// when its configuration asks for one. Always returns 0: a failed start shows in the log.
-    /// Every call does so again; a host that must not keeps its own guard.
+    /// when its configuration asks for one. Always returns 0: a failed start shows in the log. Only
+    /// the first call starts anything, also when it failed; later ones keep `dir` and no more.
     int initial(QString dir);
 
-    /// Ends a web tool that is still open.
+    /// Ends a web tool that is still open, where it can be found by its name (docs/web-flows.md,
+    /// "What a host must know").
     void exitModule();
 
     /// Ends every call that waits for the cloud, on whatever thread, as EC_OperationCanceledError;
@@ -229,12 +230,8 @@ Q_SIGNALS:
     void supplySuccess();
 
 private:
-    QString accountFilePath() const;
-    /// False when the file could not be emptied, or others may be able to read it.
-    bool rebuildAccountFile(const QString &path);
-
     InitialWorker *m_initialWorker = nullptr;
-    bool m_initialized = false; // no operation sets it, so that initial() always starts again
+    bool m_initialized = false; // no operation sets it: initial() asks the worker each time
     QString m_passportDir;
     QMutex m_mutex;
     PassportNubelo *m_cloud = nullptr;

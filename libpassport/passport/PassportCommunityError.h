@@ -9,7 +9,7 @@
 
 namespace VelqorPassPort {
 
-/// The outcome of a cloud or facade operation: success when errorCode is NoError.
+/// The outcome of a cloud or facade operation.
 ///
 /// A plain value without a thread of its own; every operation that can fail returns one and throws
 /// nothing.
@@ -22,6 +22,8 @@ struct PASSPORT_EXPORT PassportCommunityError
     QString errorMessage;
     /// The same text parsed as JSON; null when there is none or it is not JSON.
     QJsonDocument errorData;
+
+    bool isError() const { return errorCode != CommunityErrorCode::NoError; }
 
     /// Fills the record from the error word of a failed answer.
     ///

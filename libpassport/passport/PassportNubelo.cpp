@@ -197,8 +197,7 @@ PassportCommunityError PassportNubelo::exchange(const QString &name, QVariant &r
     // A slot that ran during the wait may have destroyed this object, and with it the cloud thread.
     // After a success callers go on with it.
     if (!self)
-        return record.errorCode == CommunityErrorCode::NoError ? communityError(callAborted)
-                                                               : record;
+        return !record.isError() ? communityError(callAborted) : record;
     if (record.errorCode == CommunityErrorCode::EC_OperationCanceledError)
         postToThreadOf(m_manager, [wait] { wait->drop(); });
     return record;

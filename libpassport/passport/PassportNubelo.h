@@ -71,8 +71,8 @@ public:
                   QVariantMap params = QVariantMap(), QVariantMap body = QVariantMap(),
                   QString source = QString());
 
-    /// Request an address. `requestType` is accepted and deliberately dropped: the request
-    /// library's call for addresses has no place for it.
+    /// Request an address. `requestType` changes nothing: the request library's call for addresses
+    /// has no place for it.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError
     requestNubelo(QVariant &result, QString url, Nubelo::Manager::HttpRequestType requestType,
                   QVariantMap body = QVariantMap(), QVariantMap params = QVariantMap(),
@@ -98,12 +98,14 @@ public:
     /// What the request library holds; typically empty before the first setter.
     Q_INVOKABLE QVariantMap configData();
 
+    // The operations of the service. Parameters that a comment does not mention are there for the
+    // callers' sake and not sent.
+
     // The signed-in account.
 
     /// Signs in with a password ("userLogin"), keeps token and profile and fills `userInfo` with
     /// the full profile. Succeeds also when only the profile query fails; `userInfo` then stays as
-    /// it was. On failure nothing is stored. `isRemember` is the facade's business and not used
-    /// here.
+    /// it was. On failure nothing is stored.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError
     logIn(const QString &username, const QString &password, const QString &phoneArea,
           QVariantMap &userInfo, bool isRemember);
@@ -111,7 +113,7 @@ public:
     /// Signs in with a verification code ("userCodeLogin"), keeps token and profile, fetches the
     /// full profile and sets `userInfo` to all of it. The record is the profile query's: when only
     /// that failed the user is signed in all the same. When the sign-in failed nothing changes,
-    /// `userInfo` included. `source` is accepted and deliberately not sent.
+    /// `userInfo` included.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError
     reqCodeLogIn(const QString &username, const QString &phoneArea, const QString &captcha,
                  const QString &validCode, QVariantMap &userInfo, QString source = QString());
@@ -121,7 +123,6 @@ public:
 
     /// Fetches the profile ("getPassInfo") into the stored one and sets `map` to the whole of it;
     /// on failure `map` stays as it was. AuthErr without a request when nobody has signed in.
-    /// `sourceStr` is accepted and deliberately not sent.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError reqGetUserInfo(QVariantMap &map,
                                                                       QString sourceStr);
 
@@ -132,16 +133,15 @@ public:
     /// The session token; empty before the first sign-in.
     Q_INVOKABLE QString token() const;
 
-    /// "prefix-identifier", by which the service links a captcha or code to its purpose.
-    Q_INVOKABLE QString linkUuid(QString prefix, QString identifier);
-
     // Captchas and codes. reqCaptcha() begins; what follows quotes its captcha's identifier, behind
     // a prefix for the purpose. Before any captcha the identifier is empty.
 
+    /// "prefix-identifier", by which the service links a captcha or code to its purpose.
+    Q_INVOKABLE QString linkUuid(QString prefix, QString identifier);
+
     /// A new picture captcha ("captcha"). Sizes, lifetime and number of characters are texts that
     /// the service interprets. `data` becomes {"data": the picture as text, "source": `source`}; on
-    /// failure it stays as it was, but the captcha before has ended all the same. `uSource` is
-    /// accepted and deliberately not sent.
+    /// failure it stays as it was, but the captcha before has ended all the same.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError
     reqCaptcha(QVariant &data, QString width = QString(), QString height = QString(),
                QString expire = QString(), QString length = QString(), QString source = QString(),
@@ -149,20 +149,19 @@ public:
 
     /// Has a verification code sent to the user's phone or mailbox ("userInfoValid") for the
     /// purpose `source`; `data` receives the answer's "result", also that of a failed answer.
-    /// `uSource` is accepted and deliberately not sent.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError
     reqValidCode(QVariant &data, QString captcha, QString username, QString phoneArea, QString lang,
                  QString source = QString(), QString uSource = QString());
 
     /// Asks whether an account exists ("userExistCheck"); the record's code is the whole answer.
-    /// `source` is the prefix alone and deliberately no field of the request.
+    /// `source` is the prefix alone and no field of the request.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError isUserExisted(const QString &source,
                                                                      const QString &captcha,
                                                                      const QString &username,
                                                                      const QString &phoneArea);
 
-    /// Sets a new password, sent as it is ("rbpwd"), with a code for the purpose "bpwd". `source`
-    /// is accepted and deliberately not sent. Nobody is signed in or out by it.
+    /// Sets a new password, sent as it is ("rbpwd"), with a code for the purpose "bpwd". Nobody is
+    /// signed in or out by it.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError
     reqResetPassword(const QString &username, const QString &phoneArea, const QString &captcha,
                      const QString &validCode, const QString &password, QString source = QString());
@@ -186,8 +185,8 @@ public:
 
     // The service itself.
 
-    /// Fetches the text of the privacy policy ("getOEMPrivacyColorInfoByType"); on failure
-    /// `privacy` stays as it was. `source` is accepted and deliberately not used.
+    /// Fetches the text of the privacy policy ("getOEMPrivacyColorInfoByType") for a product line,
+    /// language and kind of text; on failure `privacy` stays as it was.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError
     reqGetPrivacy(QString &privacy, QString language = QString(), QString oemurl = QString(),
                   QString source = QString(), QString target = QString());

@@ -23,7 +23,7 @@ void Passport::copyOpenWebFile(QString source, QString destination)
             qCDebug(log_lp) << "copy dir..." << entry.filePath() << name;
             copyOpenWebFile(entry.filePath(), target.filePath(name));
         } else if (!target.exists(name)) {
-            // What is there stays, deliberately: a host may have put its own tool in place.
+            // What is there stays: a host may have put its own tool in place.
             qCDebug(log_lp) << "copy file..." << entry.filePath() << name;
             QFile::copy(entry.filePath(), target.filePath(name));
         }

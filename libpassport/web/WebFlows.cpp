@@ -13,8 +13,8 @@
 #include <QtCore/QUrl>
 
 // The five flows side by side. They begin alike and differ in program, arguments, log lines, what
-// they read and how they end; the differences are deliberate, web tools and hosts in the field know
-// them. A slot that a flow calls may destroy the client, which is why they ask for it again.
+// they read and how they end, since web tools and hosts in the field know each of them as it is. A
+// slot that a flow calls may destroy the client, which is why they ask for it again.
 
 namespace VelqorPassPort {
 
@@ -126,8 +126,7 @@ void receiveCompletion(const Client &client, bool closes, const QString &name, Q
     qCDebug(log_lp) << "supplyResult success!";
     if (client)
         Q_EMIT client->supplySuccess();
-    // The same command on every platform, deliberately; where there is none the user closes the
-    // page.
+    // The same command on every platform; where there is none the user closes the page.
     if (closes) {
         QProcess::execute(QStringLiteral("taskkill"),
                           {QStringLiteral("/im"), name, QStringLiteral("/f")});
@@ -155,7 +154,7 @@ void Passport::openLoginURL(bool flag, QString path, QString text)
     const Client client(this);
     const QString page = WebAddress(m_passportDir).ofPage(path);
     const int timeout = m_initialWorker->reloadTiemout();
-    // Not the program of the other flows, deliberately: sign-in has always had one of its own.
+    // Not the program of the other flows: sign-in has always had one of its own.
     WebTool tool(m_passportDir, QStringLiteral("openweburl"));
     qCDebug(log_lp) << "openLoginURL urlStr::::" << page;
     qCDebug(log_lp) << "openLoginURL openurl::::" << tool.programPath();
@@ -207,7 +206,7 @@ void Passport::openForgitURL(bool closes, QString path, QString text)
         Q_EMIT webpageClosed();
 }
 
-// Emits nothing at its end, deliberately: hosts take supplySuccess() for the end of this flow.
+// Emits nothing at its end: hosts take supplySuccess() for the end of this flow.
 void Passport::openAddInfoURL(QString token, bool closes, QString path, QString text)
 {
     // For the web tool, which inherits it; stays set in this process too.

@@ -10,8 +10,8 @@ namespace VelqorPassPort {
 
 /// What the web tool's output says, cut out of one chunk of it.
 ///
-/// Pure: every input, whatever its bytes, has a result. Each chunk stands for itself, deliberately:
-/// a web tool writes each report at once, and what it splits is not recognised.
+/// Pure: every input, whatever its bytes, has a result. Each chunk stands for itself: a web tool
+/// writes each report at once, and what it splits is not recognised.
 
 /// The value between the first start marker and the first end marker of the chunk, as Latin-1 up to
 /// its first zero byte; none unless both markers are there. An end marker before the start marker
@@ -35,8 +35,7 @@ struct AccountDetails
 };
 
 /// Both positions are those in the whole text, also when the "end" stands before the "start:".
-/// Without a "start:" the details begin at position 5, deliberately: that is where the position of
-/// what is missing leads.
+/// Without a "start:" the details begin at position 5: its position is then -1, and its length 6.
 AccountDetails accountDetails(const QString &text);
 
 } // namespace VelqorPassPort

@@ -1,15 +1,16 @@
 #include "web/WebTool_p.h"
 
 #include "common/Log.h"
+#include "config/PassportDirectory_p.h"
 
 #include <utility>
 
 namespace VelqorPassPort {
 
-// The process object is never released, deliberately: its destructor would kill a tool that should
+// Deliberate: the process object is never released. Its destructor would kill a tool that should
 // still be running, and a page must not close under its user.
 WebTool::WebTool(const QString &passportDir, const QString &program)
-    : m_programPath(passportDir + QStringLiteral("/openweburl/") + program)
+    : m_programPath(PassportDirectory(passportDir).webTool(program))
     , m_process(*new QProcess)
 {
 }

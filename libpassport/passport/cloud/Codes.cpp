@@ -4,6 +4,12 @@
 
 namespace VelqorPassPort {
 
+QString PassportNubelo::linkUuid(QString prefix, QString identifier)
+{
+    // In one step: a "%2" inside the prefix is text and stays as it is.
+    return QStringLiteral("%1-%2").arg(prefix, identifier);
+}
+
 PassportCommunityError PassportNubelo::reqCaptcha(QVariant &data, QString width, QString height,
                                                   QString expire, QString length, QString source,
                                                   QString uSource)
@@ -20,7 +26,7 @@ PassportCommunityError PassportNubelo::reqCaptcha(QVariant &data, QString width,
     PassportCommunityError record = requestNubelo(
         picture, QStringLiteral("captcha"), QLatin1Char('/') + m_captchaId, Nubelo::Manager::Get,
         Nubelo::Manager::NoEncrypt, QVariantMap(), params, QVariantMap(), QStringLiteral("cloud"));
-    if (record.errorCode == CommunityErrorCode::NoError) {
+    if (!record.isError()) {
         data = QVariantMap{{QStringLiteral("data"), picture.toString()},
                            {QStringLiteral("source"), source}};
     }
@@ -39,6 +45,35 @@ PassportCommunityError PassportNubelo::reqValidCode(QVariant &data, QString capt
                  {QStringLiteral("lang"), lang},
                  {QStringLiteral("phoneArea"), phoneArea},
                  {QStringLiteral("source"), source}});
+}
+
+PassportCommunityError PassportNubelo::isUserExisted(const QString &source, const QString &captcha,
+                                                     const QString &username,
+                                                     const QString &phoneArea)
+{
+    QVariant ignored;
+    return post(ignored, QStringLiteral("userExistCheck"),
+                {{QStringLiteral("captcha"), captcha},
+                 {QStringLiteral("username"), username},
+                 {QStringLiteral("uuid"), linkUuid(source, m_captchaId)},
+                 {QStringLiteral("phoneArea"), phoneArea}});
+}
+
+PassportCommunityError PassportNubelo::reqResetPassword(const QString &username,
+                                                        const QString &phoneArea,
+                                                        const QString &captcha,
+                                                        const QString &validCode,
+                                                        const QString &password, QString source)
+{
+    Q_UNUSED(source)
+    QVariant ignored;
+    return post(ignored, QStringLiteral("rbpwd"),
+                {{QStringLiteral("captcha"), captcha},
+                 {QStringLiteral("username"), username},
+                 {QStringLiteral("uuid"), linkUuid(QStringLiteral("bpwd"), m_captchaId)},
+                 {QStringLiteral("password"), password},
+                 {QStringLiteral("validCode"), validCode},
+                 {QStringLiteral("phoneArea"), phoneArea}});
 }
 
 } // namespace VelqorPassPort

@@ -27,7 +27,7 @@ PassportCommunityError PassportNubelo::reqCountries(QVariantList &countries)
 
     QVariant result;
     PassportCommunityError record = get(result, QStringLiteral("fetchCountries"));
-    if (record.errorCode != CommunityErrorCode::NoError)
+    if (record.isError())
         return record;
 
     countries.clear();
@@ -48,7 +48,7 @@ PassportCommunityError PassportNubelo::getCurrentPhoneArea(QString &phoneArea)
 {
     QVariant result;
     PassportCommunityError record = get(result, QStringLiteral("ipCountry"));
-    if (record.errorCode == CommunityErrorCode::NoError) {
+    if (!record.isError()) {
         m_currentPhoneArea = result.toString();
         phoneArea = m_currentPhoneArea;
     }
@@ -62,12 +62,12 @@ PassportCommunityError PassportNubelo::reqCurrentCountry(QString &country,
     PassportCommunityError record;
     if (online || m_currentPhoneArea.isEmpty()) {
         record = getCurrentPhoneArea(country);
-        if (record.errorCode != CommunityErrorCode::NoError)
+        if (record.isError())
             return record;
     }
     if (online || m_countries.isEmpty()) {
         record = reqCountries(m_countries);
-        if (record.errorCode != CommunityErrorCode::NoError)
+        if (record.isError())
             return record;
     }
 

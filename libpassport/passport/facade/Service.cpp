@@ -1,5 +1,6 @@
 #include "passport/Passport.h"
 
+#include "config/PassportDirectory_p.h"
 #include "passport/OutcomeLog_p.h"
 #include "passport/PassportNubelo.h"
 
@@ -15,10 +16,10 @@ namespace {
 
 QString localCopy(const QString &directory, const QString &language)
 {
-    const QString name = language.contains(QLatin1String("zh-cn"))
-                             ? QStringLiteral("PrivacyPolicy-chinese-simplified.html")
-                             : QStringLiteral("PrivacyPolicy-english.html");
-    return directory + QStringLiteral("/privacypolicy/") + name;
+    return PassportDirectory(directory).privacyPolicy(
+        language.contains(QLatin1String("zh-cn"))
+            ? QStringLiteral("PrivacyPolicy-chinese-simplified.html")
+            : QStringLiteral("PrivacyPolicy-english.html"));
 }
 
 // A copy that cannot be written is done without: the caller has the text.
@@ -38,8 +39,7 @@ QUrl pageOf(const QString &directory, const QString &copy)
 {
     if (QFile::exists(copy))
         return QUrl(QStringLiteral("file://") + copy);
-    // The directory stands before a complete address, deliberately: it is what web tools have
-    // always been given.
+    // The directory before a complete address: so web tools have always been given it.
     return QUrl(directory + QStringLiteral("file:///privacypolicy/PrivacyPolicy-english.html"));
 }
 
@@ -53,9 +53,9 @@ void Passport::reqGetPrivacy(QString &privacy, QString language, QString dir, bo
     const QString directory = m_passportDir;
     const QString copy = localCopy(directory, language);
     const QPointer<Passport> self(this);
-    PassportCommunityError record =
+    const PassportCommunityError record =
         m_cloud->reqGetPrivacy(privacy, language, oemurl, source, QStringLiteral("privacy"));
-    if (record.errorCode != CommunityErrorCode::NoError) {
+    if (record.isError()) {
         logFailure("reqGetPrivacy error...", record);
     } else {
         qCDebug(log_lp) << "reqGetPrivacy success..." << privacy;
@@ -65,6 +65,31 @@ void Passport::reqGetPrivacy(QString &privacy, QString language, QString dir, bo
     // A slot that ran during the wait may have destroyed this object.
     if (openBrowser && self)
         openURL(pageOf(directory, copy), language);
+}
+
+bool Passport::hasNet()
+{
+    const QJsonObject cloud = PassportDirectory(m_passportDir).cloudSection();
+    QVariant ignored;
+    const PassportCommunityError record =
+        m_cloud->requestNubelo(ignored, cloud.value(QLatin1String("hasnet")).toString(),
+                               Nubelo::Manager::Get, QVariantMap(), QVariantMap(), QVariantMap());
+    if (record.isError())
+        logFailure("hasNet error...", record);
+    return !record.isError();
+}
+
+bool Passport::hasVelqorNet()
+{
+    const PassportCommunityError record = m_cloud->getNetByStatus();
+    if (record.isError())
+        logFailure("hasVelqorNet error...", record);
+    return !record.isError();
+}
+
+PassportCommunityError Passport::reqSoftUp()
+{
+    return {};
 }
 
 } // namespace VelqorPassPort

@@ -135,8 +135,8 @@ bool Passport::deserializeFile(QString filePath, QString &result)
 
 bool Passport::deserializeFileToFile(QString protectedFilePath, QString plainFilePath)
 {
-    // deserializeFile() takes the same lock, which is not recursive: the call never returns.
-    // Deliberate and kept; hosts combine the two steps themselves.
+    // Deliberate: deserializeFile() takes the same lock, which is not recursive, so that the call
+    // never returns. Hosts combine the two steps themselves.
     const QMutexLocker lock(&m_mutex);
     QString text;
     return deserializeFile(protectedFilePath, text) && setFileContent(plainFilePath, text);
@@ -162,6 +162,11 @@ bool Passport::setFileContent(QString filePath, QString content)
 QJsonObject Passport::getFileContentObj(QString filePath)
 {
     return g_getConfigInformation(filePath);
+}
+
+std::string Passport::deBase64(const std::string &text)
+{
+    return EDData().base64_decode(text);
 }
 
 } // namespace VelqorPassPort
