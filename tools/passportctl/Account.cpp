@@ -12,10 +12,9 @@ public:
     void declare(CLI::App &app) override
     {
         addAccount(app, m_account);
-        app.add_flag("--show-token", m_showsToken, "Print the session token too");
-        app.add_flag(
-            "--remember", m_remembers,
-            "Write name and password to the passport directory, as the library does for hosts");
+        addFlag(app, "--show-token", m_showsToken, "Print the session token too");
+        addFlag(app, "--remember", m_remembers,
+                "Write name and password to the passport directory, as the library does for hosts");
     }
     Exit run(Host &host) override;
 
@@ -83,7 +82,7 @@ Exit Profile::run(Host &host)
 class RememberedAccount : public Command
 {
 public:
-    void declare(CLI::App &app) override { app.add_flag("--forget", m_forgets, "Remove it"); }
+    void declare(CLI::App &app) override { addFlag(app, "--forget", m_forgets, "Remove it"); }
     Exit run(Host &host) override;
 
 private:

@@ -21,13 +21,12 @@ protected:
     }
     void declareSource(CLI::App &app)
     {
-        app.add_flag("--from-emulator", m_fromEmulator,
-                     "Take captcha and code from a passport-emulator");
+        addFlag(app, "--from-emulator", m_fromEmulator,
+                "Take captcha and code from a passport-emulator");
     }
     void declarePurpose(CLI::App &app)
     {
-        addText(app, "--purpose", m_purpose, "What captcha and code are for")
-            ->capture_default_str();
+        addText(app, "--purpose", m_purpose, "What captcha and code are for");
     }
 
     // Each goes one step further than the one before it.
@@ -121,7 +120,7 @@ class Captcha : public CodeCommand
 public:
     void declare(CLI::App &app) override
     {
-        addText(app, "-o,--output", m_picture, "File for the picture")->required();
+        addRequiredText(app, "-o,--output", m_picture, "File for the picture");
         declareSource(app);
         declarePurpose(app);
     }
@@ -161,7 +160,7 @@ public:
     void declare(CLI::App &app) override
     {
         declareAccount(app);
-        app.add_flag("--remember", m_remembers, "Write the name to the passport directory");
+        addFlag(app, "--remember", m_remembers, "Write the name to the passport directory");
         declareSource(app);
     }
     Exit run(Host &host) override;

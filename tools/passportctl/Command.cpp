@@ -1,5 +1,7 @@
 #include "Command.h"
 
+#include <CLI/App.hpp>
+
 #include <utility>
 
 void Command::validate(const CLI::App &app) const
@@ -24,18 +26,38 @@ void Commands::add(const char *name, const char *description, std::shared_ptr<Co
     });
 }
 
-CLI::Option *addText(CLI::App &app, const char *name, QString &value, const char *description)
+namespace {
+
+CLI::Option *addTextOption(CLI::App &app, const char *name, QString &value, const char *description)
 {
     const auto fillIn = [&value](const CLI::results_t &arguments) {
         value = QString::fromStdString(arguments.front());
         return true;
     };
     const auto current = [&value] { return value.toStdString(); };
-    return app.add_option(name, fillIn, description, false, current)->type_name("TEXT");
+    const bool hasDefault = !value.isEmpty();
+    return app.add_option(name, fillIn, description, hasDefault, current)->type_name("TEXT");
+}
+
+} // namespace
+
+void addFlag(CLI::App &app, const char *name, bool &value, const char *description)
+{
+    app.add_flag(name, value, description);
+}
+
+void addText(CLI::App &app, const char *name, QString &value, const char *description)
+{
+    addTextOption(app, name, value, description);
+}
+
+void addRequiredText(CLI::App &app, const char *name, QString &value, const char *description)
+{
+    addTextOption(app, name, value, description)->required();
 }
 
 void addAccount(CLI::App &app, Account &account)
 {
-    addText(app, "user", account.user, "User name, mail address or phone number")->required();
+    addRequiredText(app, "user", account.user, "User name, mail address or phone number");
     addText(app, "--phone-area", account.phoneArea, "Phone area of the user name, such as 86");
 }

@@ -2,9 +2,11 @@
 
 #include "Host.h"
 
-#include <CLI/App.hpp>
-
 #include <memory>
+
+namespace CLI {
+class App;
+}
 
 /// One command of the tool; its members are its options.
 class Command
@@ -49,8 +51,12 @@ private:
     std::shared_ptr<Command> &m_chosen;
 };
 
-/// Adds an option, or without dashes an argument, with a text as its value.
-CLI::Option *addText(CLI::App &app, const char *name, QString &value, const char *description);
+// Without dashes a name is that of an argument. A value that is set already is the default, and
+// --help shows it.
+
+void addFlag(CLI::App &app, const char *name, bool &value, const char *description);
+void addText(CLI::App &app, const char *name, QString &value, const char *description);
+void addRequiredText(CLI::App &app, const char *name, QString &value, const char *description);
 
 /// Adds the argument and the option that say whose account it is.
 void addAccount(CLI::App &app, Account &account);

@@ -11,7 +11,7 @@ class Errors : public Command
 public:
     void declare(CLI::App &app) override
     {
-        addText(app, "code", m_code, "32-bit number, decimal or 0x...")->required();
+        addRequiredText(app, "code", m_code, "32-bit number, decimal or 0x...");
     }
     Exit run(Host &host) override;
 

@@ -1,7 +1,7 @@
 #include "Command.h"
 #include "Files.h"
 
-#include <CLI/Error.hpp>
+#include <CLI/App.hpp>
 
 #include <string>
 #include <utility>
@@ -106,8 +106,8 @@ public:
     void declare(CLI::App &app) override
     {
         ProtectionCommand::declare(app);
-        app.add_flag("--strip", m_strips,
-                     "Cut up to 15 zero bytes at the end, the format's and the file's own alike");
+        addFlag(app, "--strip", m_strips,
+                "Cut up to 15 zero bytes at the end, the format's and the file's own alike");
     }
 
 private:

@@ -92,8 +92,8 @@ class Privacy : public Command
 public:
     void declare(CLI::App &app) override
     {
-        addText(app, "--language", m_language, "Such as en-us or zh-cn")->capture_default_str();
-        addText(app, "--oem", m_oem, "Whose policy")->capture_default_str();
+        addText(app, "--language", m_language, "Such as en-us or zh-cn");
+        addText(app, "--oem", m_oem, "Whose policy");
     }
     Exit run(Host &host) override;
 

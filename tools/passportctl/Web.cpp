@@ -35,15 +35,15 @@ protected:
     }
     void declareText(CLI::App &app)
     {
-        addText(app, "--text", m_text, "For the page, usually a language")->capture_default_str();
+        addText(app, "--text", m_text, "For the page, usually a language");
     }
     void declareClose(CLI::App &app)
     {
-        app.add_flag("--close", m_closes, "Close the page after its result");
+        addFlag(app, "--close", m_closes, "Close the page after its result");
     }
     void declareSecrets(CLI::App &app)
     {
-        app.add_flag("--show-secrets", m_showsSecrets, "Print tokens and passwords too");
+        addFlag(app, "--show-secrets", m_showsSecrets, "Print tokens and passwords too");
     }
 
     /// Shows the page until it is closed; returns early with a failure that it has printed.
@@ -223,7 +223,7 @@ public:
     void declare(CLI::App &app) override
     {
         declareText(app);
-        addText(app, "url", m_url, "Its address: http, https or file")->required();
+        addRequiredText(app, "url", m_url, "Its address: http, https or file");
     }
     Exit run(Host &host) override
     {

@@ -32,8 +32,8 @@ void declareGlobal(CLI::App &app, GlobalOptions &options)
     app.footer("Passwords are asked for, or read from standard input; no option takes one.\n"
                "Exit codes: 0 done, 1 the service said no, 2 wrong command line,\n"
                "            3 the service cannot be reached, 4 a configuration cannot be used.");
-    app.add_flag("--json", options.json, "Print one JSON object on one line");
-    app.add_flag("-v,--verbose", options.verbose, "Say on standard error why a request failed");
+    addFlag(app, "--json", options.json, "Print one JSON object on one line");
+    addFlag(app, "-v,--verbose", options.verbose, "Say on standard error why a request failed");
     addText(app, "--config", options.host.configFile, "Cloud configuration file (JSON)");
     addText(app, "--environment", options.host.environment, "Name of the cloud environment");
     addText(app, "--passport-dir", options.host.passportDir, "Passport directory of the host");

@@ -11,7 +11,7 @@ class Fault : public Command
 public:
     void declare(CLI::App &app) override
     {
-        addText(app, "fault", m_fault, "JSON, as the emulator's manual describes it")->required();
+        addRequiredText(app, "fault", m_fault, "JSON, as the emulator's manual describes it");
     }
     Exit run(Host &host) override;
 
@@ -40,7 +40,7 @@ class Inbox : public Command
 public:
     void declare(CLI::App &app) override
     {
-        app.add_flag("--wait", m_waits, "Wait for the next one");
+        addFlag(app, "--wait", m_waits, "Wait for the next one");
     }
     Exit run(Host &host) override;
 
