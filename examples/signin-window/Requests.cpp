@@ -1,5 +1,6 @@
 #include "Requests.h"
 
+#include <QtCore/QScopedValueRollback>
 #include <QtWidgets/QApplication>
 
 using namespace VelqorPassPort;
@@ -16,11 +17,10 @@ PassportCommunityError Requests::run(const Request &request)
     // A disabled widget loses the focus: a starter gets it back, so that the keyboard stays where
     // the user left it.
     QWidget *const focused = QApplication::focusWidget();
-    m_running = true;
+    const QScopedValueRollback<bool> running(m_running, true);
     setStartersEnabled(false);
     Q_EMIT busyChanged(true);
     const PassportCommunityError outcome = request();
-    m_running = false;
     setStartersEnabled(true);
     if (m_starters.contains(focused))
         focused->setFocus();

@@ -5,12 +5,11 @@
 #include <QtCore/QBuffer>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QRandomGenerator>
 #include <QtCore/QUrlQuery>
+#include <QtCore/QUuid>
 #include <QtWebEngineCore/QWebEngineUrlRequestJob>
 #include <QtWebEngineCore/QWebEngineUrlScheme>
 
-#include <array>
 #include <utility>
 
 namespace {
@@ -20,16 +19,6 @@ void reply(QWebEngineUrlRequestJob *job, const QByteArray &json)
     auto *body = new QBuffer(job);
     body->setData(json);
     job->reply(QByteArrayLiteral("application/json"), body);
-}
-
-QString randomKey()
-{
-    std::array<quint32, 4> bits{};
-    QRandomGenerator::system()->fillRange(bits.data(), bits.size());
-    QString key;
-    for (const quint32 part : bits)
-        key += QStringLiteral("%1").arg(part, 8, 16, QLatin1Char('0'));
-    return key;
 }
 
 } // namespace
@@ -54,7 +43,7 @@ PageChannel::PageChannel(Start start, Printer print, QObject *parent)
     : QWebEngineUrlSchemeHandler(parent)
     , m_start(std::move(start))
     , m_print(std::move(print))
-    , m_key(randomKey())
+    , m_key(QUuid::createUuid().toString(QUuid::Id128))
 {
 }
 

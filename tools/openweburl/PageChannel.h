@@ -41,5 +41,5 @@ private:
 
     Start m_start;
     Printer m_print;
-    QString m_key; ///< of this run
+    QString m_key; ///< of this run: 122 random bits
 };

@@ -1,15 +1,30 @@
-#include "Errors.h"
+#include "Command.h"
 
 #include <common/ErrorCommon.h>
 
 using namespace VelqorPassPort;
 
-Exit explain(const QString &code, const Output &output)
+namespace {
+
+class Errors : public Command
+{
+public:
+    void declare(CLI::App &app) override
+    {
+        addRequiredText(app, "code", m_code, "32-bit number, decimal or 0x...");
+    }
+    Exit run(Host &host) override;
+
+private:
+    QString m_code;
+};
+
+Exit Errors::run(Host &host)
 {
     bool isNumber = false;
-    const unsigned number = code.toUInt(&isNumber, 0);
+    const unsigned number = m_code.toUInt(&isNumber, 0);
     if (!isNumber)
-        return output.failure(Exit::Usage, QStringLiteral("not a 32-bit number: ") + code);
+        return host.output().failure(Exit::Usage, QStringLiteral("not a 32-bit number: ") + m_code);
 
     const QString hexadecimal = QStringLiteral("0x%1").arg(number, 8, 16, QLatin1Char('0'));
     const QString name = ErrorCommon::getModuleErrStr(number);
@@ -27,5 +42,12 @@ Exit explain(const QString &code, const Output &output)
         rows.append({QStringLiteral("meaning"), meaning});
         data.insert(QStringLiteral("meaning"), meaning);
     }
-    return output.success(shortName, rows, data);
+    return host.output().success(shortName, rows, data);
+}
+
+} // namespace
+
+void addErrorCommands(Commands commands)
+{
+    commands.add<Errors>("errors", "Explain an error code");
 }

@@ -5,10 +5,8 @@
 #include <passport/Passport.h>
 #include <passport/PassportNubelo.h>
 
-#include <QtCore/QJsonValue>
 #include <QtCore/QString>
 
-#include <functional>
 #include <memory>
 #include <optional>
 
@@ -21,34 +19,44 @@ struct HostOptions
     QString passportDir;
 };
 
+/// Whose account a command is about.
+struct Account
+{
+    QString user;
+    QString phoneArea; ///< of a user who is known by a phone number
+};
+
+enum class PassportDir { Optional, Needed };
+
 /// A host of the library that lives for one command.
+///
+/// What can fail and gives a std::optional<Exit> has, with an Exit, printed the failure: the
+/// command ends with it.
 class Host
 {
 public:
     Host(const HostOptions &options, const Output &output) : m_options(options), m_output(output) {}
 
-    Exit signIn(const QString &user, const QString &phoneArea, bool showToken, bool remember);
-    Exit profile(const QString &user, const QString &phoneArea);
-    Exit account(bool forget);
-    Exit status();
-    Exit config();
-
-    /// Initialises the passport directory, if one is given, and configures the cloud; on failure
-    /// says so and gives the program's end.
-    std::optional<Exit> prepare(bool needsPassportDir);
-
-    /// Signs in, asking for the password, and goes on with the profile.
-    using Authenticated = std::function<Exit(const QVariantMap &profile)>;
-    Exit withAccount(const QString &user, const QString &phoneArea, bool remember,
-                     const Authenticated &then);
-
-    const QString &passportDir() const { return m_options.passportDir; }
-    VelqorPassPort::Passport &passport() { return m_passport; }
-    const Output &output() const { return m_output; }
+    /// Initialises the passport directory, if one is given.
+    std::optional<Exit> initialize(PassportDir need);
 
     /// Puts the options in force: the file, then the environment, then the address. Without any of
     /// them the environment "local", a passport-emulator on this machine.
-    VelqorPassPort::PassportCommunityError configure();
+    VelqorPassPort::PassportCommunityError applyOptions();
+    std::optional<Exit> configure(); ///< the same
+
+    /// initialize() and configure().
+    std::optional<Exit> prepare(PassportDir need = PassportDir::Optional);
+
+    /// Asks for the password and signs in; after prepare().
+    std::optional<Exit> signIn(const Account &account, bool remember, QVariantMap &profile);
+
+    const QString &passportDir() const { return m_options.passportDir; }
+    const Output &output() const { return m_output; }
+    VelqorPassPort::Passport &passport() { return m_passport; }
+
+    /// A client with the same configuration, for what the facade does not offer.
+    VelqorPassPort::PassportNubelo &client();
 
     /// The address of the chosen environment's account service; for telling the user.
     QString address();
@@ -56,16 +64,9 @@ public:
     /// The service's answer to "status", which the facade does not hand out.
     VelqorPassPort::PassportCommunityError requestStatus(QVariant &result);
 
-    /// The result of one of a passport-emulator's own calls, such as "inbox", sent with `body`
-    /// unless that is empty; undefined when no emulator answers or it refuses.
-    QJsonValue askEmulator(const QString &call, const QVariantMap &body = {});
-
 private:
-    QString initialize(bool needsPassportDir);
-    VelqorPassPort::PassportNubelo &client();
-
     HostOptions m_options;
     Output m_output;
     VelqorPassPort::Passport m_passport;
-    std::unique_ptr<VelqorPassPort::PassportNubelo> m_client; // of what the facade does not offer
+    std::unique_ptr<VelqorPassPort::PassportNubelo> m_client;
 };

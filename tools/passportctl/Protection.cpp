@@ -1,19 +1,10 @@
-#include "Protection.h"
+#include "Command.h"
+#include "Files.h"
 
-#include <passport/Passport.h>
+#include <CLI/App.hpp>
 
-#include <QtCore/QFile>
-#include <QtCore/QSaveFile>
-
-#include <algorithm>
-#include <cstdio>
-#include <memory>
 #include <string>
 #include <utility>
-
-#include <unistd.h>
-
-using namespace VelqorPassPort;
 
 namespace {
 
@@ -21,183 +12,155 @@ namespace {
 // three cipher blocks and 64 characters.
 constexpr qint64 plainPiece = 48 * 128 * 1024;
 constexpr qint64 textPiece = plainPiece / 48 * 64;
-constexpr std::size_t blockBytes = 16;
+constexpr int blockBytes = 16;
 
-/// A bar on standard error, for large files and only on a terminal.
-class Progress
+/// Converts bytes of any length, piece by piece, through the facade's operations.
+class ProtectionCommand : public Command
 {
 public:
-    explicit Progress(qint64 total) : m_total(total)
+    void declare(CLI::App &app) override
     {
-        constexpr qint64 large = 32 * 1024 * 1024;
-        m_shown = total >= large && isatty(STDERR_FILENO) != 0;
+        addText(app, "file", m_input, "File to read; standard input without it");
+        addText(app, "-o,--output", m_output, "File to write; standard output without it");
     }
-    ~Progress()
+    void validate(const CLI::App &app) const override
     {
-        if (m_shown)
-            std::fputs("\r\033[K", stderr);
+        if (app.get_parent()->count("--json") > 0 && m_output.isEmpty())
+            throw CLI::ValidationError("--json", "needs --output with this command");
     }
-    Progress(const Progress &) = delete;
-    Progress &operator=(const Progress &) = delete;
+    Exit run(Host &host) override;
 
-    void add(qint64 bytes)
+protected:
+    /// `permissions` of a new file; none: the usual ones.
+    ProtectionCommand(const QString &done, QFileDevice::Permissions permissions)
+        : m_done(done)
+        , m_permissions(permissions)
     {
-        constexpr int width = 40;
-        m_done += bytes;
-        if (!m_shown)
-            return;
-        const int filled = static_cast<int>(width * m_done / m_total);
-        std::fprintf(stderr, "\r[%-*s] %3lld%%", width,
-                     std::string(static_cast<std::size_t>(filled), '#').c_str(),
-                     static_cast<long long>(100 * m_done / m_total));
+    }
+
+    /// Converts everything; returns early with a failure that it has printed.
+    virtual std::optional<Exit> convert(Host &host, Files &files) const = 0;
+
+    static Exit failWriting(Host &host, Files &files)
+    {
+        return host.output().failure(Exit::Configuration,
+                                     QStringLiteral("cannot write: ") + files.writeError());
     }
 
 private:
-    qint64 m_total;
-    qint64 m_done = 0;
-    bool m_shown = false;
+    QString m_input;
+    QString m_output;
+    QString m_done;
+    QFileDevice::Permissions m_permissions;
 };
 
-/// Both ends of the work, opened; `problem` says which end could not be.
-struct Ends
+Exit ProtectionCommand::run(Host &host)
 {
-    Ends(const ProtectionOptions &options, bool secret)
-    {
-        if (options.input.isEmpty()) {
-            in = std::make_unique<QFile>();
-            static_cast<QFile *>(in.get())->open(stdin, QIODevice::ReadOnly);
-        } else {
-            in = std::make_unique<QFile>(options.input);
-            if (!in->open(QIODevice::ReadOnly))
-                problem = QStringLiteral("%1: %2").arg(options.input, in->errorString());
-        }
-        if (!problem.isEmpty())
-            return;
-        if (options.output.isEmpty()) {
-            out = std::make_unique<QFile>();
-            static_cast<QFile *>(out.get())->open(stdout, QIODevice::WriteOnly);
-            return;
-        }
-        auto file = std::make_unique<QSaveFile>(options.output);
-        if (!file->open(QIODevice::WriteOnly))
-            problem = QStringLiteral("%1: %2").arg(options.output, file->errorString());
-        else if (secret)
-            file->setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-        saved = file.get();
-        out = std::move(file);
-    }
-
-    bool write(const std::string &bytes)
-    {
-        const auto size = static_cast<qint64>(bytes.size());
-        written += size;
-        return out->write(bytes.data(), size) == size;
-    }
-    bool commit() { return saved ? saved->commit() : static_cast<QFile *>(out.get())->flush(); }
-
-    std::unique_ptr<QIODevice> in;
-    std::unique_ptr<QIODevice> out;
-    QSaveFile *saved = nullptr; // `out`, when it is a named file
-    qint64 written = 0;
-    QString problem;
-};
-
-QByteArray readPiece(QIODevice &in, qint64 size)
-{
-    // A pipe gives what it has; pieces must be whole.
-    QByteArray piece = in.read(size);
-    while (!piece.isEmpty() && piece.size() < size) {
-        const QByteArray more = in.read(size - piece.size());
-        if (more.isEmpty())
-            break;
-        piece += more;
-    }
-    return piece;
-}
-
-Exit finish(Ends &ends, const ProtectionOptions &options, const Output &output, const QString &done)
-{
-    if (!ends.commit())
-        return output.failure(
+    Files files(m_input, m_output);
+    if (!files.open(m_permissions))
+        return host.output().failure(Exit::Configuration, files.problem());
+    if (const auto end = convert(host, files))
+        return *end;
+    if (!files.commit())
+        return host.output().failure(
             Exit::Configuration,
-            QStringLiteral("cannot write %1: %2").arg(options.output, ends.out->errorString()));
-    if (options.output.isEmpty())
+            QStringLiteral("cannot write %1: %2").arg(m_output, files.writeError()));
+    if (!files.writesNamedFile())
         return Exit::Success;
-    return output.success(
-        QStringLiteral("%1 %2").arg(done, options.output), {},
-        {{QStringLiteral("file"), options.output}, {QStringLiteral("bytes"), ends.written}});
+    return host.output().success(
+        QStringLiteral("%1 %2").arg(m_done, m_output), {},
+        {{QStringLiteral("file"), m_output}, {QStringLiteral("bytes"), files.written()}});
 }
 
-bool isAlphabet(char c)
+class Protect : public ProtectionCommand
 {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' ||
-           c == '/';
+public:
+    Protect() : ProtectionCommand(QStringLiteral("Protected into"), {}) {}
+
+private:
+    std::optional<Exit> convert(Host &host, Files &files) const override;
+};
+
+std::optional<Exit> Protect::convert(Host &host, Files &files) const
+{
+    for (QByteArray piece; !(piece = files.read(plainPiece)).isEmpty();) {
+        std::string text;
+        if (!host.passport().serializeString(piece.toStdString(), text) || !files.write(text))
+            return failWriting(host, files);
+    }
+    if (files.written() == 0)
+        return host.output().failure(Exit::Usage, QStringLiteral("there is nothing to protect"));
+    if (!files.writesNamedFile())
+        files.write("\n");
+    return std::nullopt;
 }
+
+class Unprotect : public ProtectionCommand
+{
+public:
+    Unprotect()
+        : ProtectionCommand(QStringLiteral("Unprotected into"),
+                            QFileDevice::ReadOwner | QFileDevice::WriteOwner)
+    {
+    }
+    void declare(CLI::App &app) override
+    {
+        ProtectionCommand::declare(app);
+        addFlag(app, "--strip", m_strips,
+                "Cut up to 15 zero bytes at the end, the format's and the file's own alike");
+    }
+
+private:
+    std::optional<Exit> convert(Host &host, Files &files) const override;
+
+    bool m_strips = false;
+};
 
 /// Whether `text` is base64 of whole cipher blocks. The library itself would decode up to the first
 /// character outside the alphabet and say nothing.
 bool isProtectedText(const QByteArray &text)
 {
-    int end = text.size();
-    while (end > 0 && text[end - 1] == '=' && text.size() - end < 2)
-        --end;
-    const int bytes = text.size() / 4 * 3 - (text.size() - end);
-    return text.size() % 4 == 0 && bytes % static_cast<int>(blockBytes) == 0 &&
-           std::all_of(text.begin(), text.begin() + end, isAlphabet);
+    const auto bytes =
+        QByteArray::fromBase64Encoding(text, QByteArray::AbortOnBase64DecodingErrors);
+    return bytes && bytes.decoded.size() % blockBytes == 0 &&
+           text.size() % 4 == 0; // else its padding is missing
 }
 
-} // namespace
-
-Exit protect(const ProtectionOptions &options, const Output &output)
+void stripPadding(std::string &bytes)
 {
-    Ends ends(options, false);
-    if (!ends.problem.isEmpty())
-        return output.failure(Exit::Configuration, ends.problem);
-    Passport passport;
-    Progress progress(ends.in->size());
-    for (QByteArray piece; !(piece = readPiece(*ends.in, plainPiece)).isEmpty();) {
-        std::string text;
-        if (!passport.serializeString(piece.toStdString(), text) || !ends.write(text))
-            return output.failure(Exit::Configuration,
-                                  QStringLiteral("cannot write: ") + ends.out->errorString());
-        progress.add(piece.size());
-    }
-    if (ends.written == 0)
-        return output.failure(Exit::Usage, QStringLiteral("there is nothing to protect"));
-    if (options.output.isEmpty())
-        ends.write("\n");
-    return finish(ends, options, output, QStringLiteral("Protected into"));
+    const std::size_t least = bytes.size() - blockBytes + 1;
+    while (bytes.size() > least && bytes.back() == '\0')
+        bytes.pop_back();
 }
 
-Exit unprotect(const ProtectionOptions &options, const Output &output)
+std::optional<Exit> Unprotect::convert(Host &host, Files &files) const
 {
-    Ends ends(options, true);
-    if (!ends.problem.isEmpty())
-        return output.failure(Exit::Configuration, ends.problem);
-    Passport passport;
-    Progress progress(ends.in->size());
-    QByteArray next = readPiece(*ends.in, textPiece);
+    QByteArray next = files.read(textPiece);
     while (!next.isEmpty()) {
-        QByteArray piece = std::exchange(next, readPiece(*ends.in, textPiece));
-        const qint64 read = piece.size();
+        QByteArray piece = std::exchange(next, files.read(textPiece));
         const bool last = next.size() <= 2 && next.trimmed().isEmpty();
         if (last) {
             next.clear();
             piece = piece.trimmed();
         }
         std::string bytes;
-        if (!isProtectedText(piece) || !passport.deserializeString(piece.toStdString(), bytes))
-            return output.failure(Exit::Configuration,
-                                  QStringLiteral("the input is not protected text"));
-        if (last && options.strip) {
-            const std::size_t least = bytes.size() - blockBytes + 1;
-            while (bytes.size() > least && bytes.back() == '\0')
-                bytes.pop_back();
+        if (!isProtectedText(piece) ||
+            !host.passport().deserializeString(piece.toStdString(), bytes)) {
+            return host.output().failure(Exit::Configuration,
+                                         QStringLiteral("the input is not protected text"));
         }
-        if (!ends.write(bytes))
-            return output.failure(Exit::Configuration,
-                                  QStringLiteral("cannot write: ") + ends.out->errorString());
-        progress.add(read);
+        if (last && m_strips)
+            stripPadding(bytes);
+        if (!files.write(bytes))
+            return failWriting(host, files);
     }
-    return finish(ends, options, output, QStringLiteral("Unprotected into"));
+    return std::nullopt;
+}
+
+} // namespace
+
+void addProtectionCommands(Commands commands)
+{
+    commands.add<Protect>("protect", "Protect a text or file (AES-128 and base64)");
+    commands.add<Unprotect>("unprotect", "Recover what was protected");
 }

@@ -1,8 +1,6 @@
-#include "Services.h"
+#include "Command.h"
 
 #include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
 
 using namespace VelqorPassPort;
 
@@ -19,25 +17,28 @@ QString callingCode(const QVariant &country)
     return code.isEmpty() ? code : QLatin1Char('+') + code;
 }
 
-bool failed(const PassportCommunityError &record)
-{
-    return record.errorCode != CommunityErrorCode::NoError;
-}
-
 QString joined(const QVariant &array)
 {
-    QStringList texts;
-    const QJsonArray values = array.toJsonArray();
-    for (const QJsonValue &value : values)
-        texts.append(value.toString());
-    return texts.join(QStringLiteral(", "));
+    const QVariant texts = array.toJsonArray().toVariantList();
+    return texts.toStringList().join(QStringLiteral(", "));
 }
 
-} // namespace
-
-Exit listCountries(Host &host, const QString &filter)
+class Countries : public Command
 {
-    if (const auto end = host.prepare(false))
+public:
+    void declare(CLI::App &app) override
+    {
+        addText(app, "filter", m_filter, "Part of a name, code or calling code");
+    }
+    Exit run(Host &host) override;
+
+private:
+    QString m_filter;
+};
+
+Exit Countries::run(Host &host)
+{
+    if (const auto end = host.prepare())
         return *end;
     QVariantList countries;
     const PassportCommunityError record = host.passport().reqCountries(countries);
@@ -50,22 +51,26 @@ Exit listCountries(Host &host, const QString &filter)
         const QString name = field(country, "name");
         const QString code = field(country, "code");
         const QString calling = callingCode(country);
-        const auto fits = [&](const QString &text) {
-            return text.contains(filter, Qt::CaseInsensitive);
-        };
-        if (!fits(name) && !fits(code) && !fits(calling))
-            continue;
-        rows.append({name, QStringLiteral("%1  %2").arg(code, -2).arg(calling)});
-        found.append(QJsonValue::fromVariant(country));
+        if (!QStringList({name, code, calling}).filter(m_filter, Qt::CaseInsensitive).isEmpty()) {
+            rows.append({name, QStringLiteral("%1  %2").arg(code, -2).arg(calling)});
+            found.append(QJsonValue::fromVariant(country));
+        }
     }
     return host.output().success(
         QStringLiteral("%1 of %2 countries").arg(rows.size()).arg(countries.size()), rows,
         {{QStringLiteral("countries"), found}});
 }
 
-Exit showCountry(Host &host)
+class Country : public Command
 {
-    if (const auto end = host.prepare(false))
+public:
+    void declare(CLI::App &) override {}
+    Exit run(Host &host) override;
+};
+
+Exit Country::run(Host &host)
+{
+    if (const auto end = host.prepare())
         return *end;
     QString name;
     QVariantMap country;
@@ -81,29 +86,50 @@ Exit showCountry(Host &host)
          {QStringLiteral("country"), QJsonObject::fromVariantMap(country)}});
 }
 
-Exit showPrivacy(Host &host, const QString &language, const QString &oem,
-                 const QString &passportDir)
+/// The library leaves a copy of the policy in the passport directory.
+class Privacy : public Command
 {
-    if (const auto end = host.prepare(true))
+public:
+    void declare(CLI::App &app) override
+    {
+        addText(app, "--language", m_language, "Such as en-us or zh-cn");
+        addText(app, "--oem", m_oem, "Whose policy");
+    }
+    Exit run(Host &host) override;
+
+private:
+    QString m_language = QStringLiteral("en-us");
+    QString m_oem = QStringLiteral("velqor");
+};
+
+Exit Privacy::run(Host &host)
+{
+    if (const auto end = host.prepare(PassportDir::Needed))
         return *end;
     // A null text tells "not fetched": the operation has no other result.
     QString privacy;
-    host.passport().reqGetPrivacy(privacy, language, passportDir, false, oem, QString(), QString());
-    if (privacy.isNull()) {
-        PassportCommunityError record;
-        QVariant ignored;
-        record = host.requestStatus(ignored);
-        if (failed(record))
-            return host.output().failure(QStringLiteral("privacy policy"), record);
-        return host.output().failure(Exit::Refused,
-                                     QStringLiteral("the service has no privacy policy for this"));
-    }
-    return host.output().success(privacy.trimmed(), {}, {{QStringLiteral("privacy"), privacy}});
+    host.passport().reqGetPrivacy(privacy, m_language, host.passportDir(), false, m_oem, QString(),
+                                  QString());
+    if (!privacy.isNull())
+        return host.output().success(privacy.trimmed(), {}, {{QStringLiteral("privacy"), privacy}});
+    QVariant ignored;
+    const PassportCommunityError record = host.requestStatus(ignored);
+    if (failed(record))
+        return host.output().failure(QStringLiteral("privacy policy"), record);
+    return host.output().failure(Exit::Refused,
+                                 QStringLiteral("the service has no privacy policy for this"));
 }
 
-Exit showReachability(Host &host)
+class Reachability : public Command
 {
-    if (const auto end = host.prepare(true))
+public:
+    void declare(CLI::App &) override {}
+    Exit run(Host &host) override;
+};
+
+Exit Reachability::run(Host &host)
+{
+    if (const auto end = host.prepare(PassportDir::Needed))
         return *end;
     const bool net = host.passport().hasNet();
     const bool service = host.passport().hasVelqorNet();
@@ -117,49 +143,12 @@ Exit showReachability(Host &host)
         {{QStringLiteral("network"), net}, {QStringLiteral("service"), service}});
 }
 
-Exit showInbox(Host &host, bool wait)
-{
-    if (const auto end = host.prepare(false))
-        return *end;
-    QJsonValue answer = host.askEmulator(QStringLiteral("inbox"));
-    const int last = answer.toArray().last().toObject().value(QStringLiteral("id")).toInt();
-    // In slices shorter than a request's deadline.
-    constexpr int sliceMs = 20000;
-    while (wait && answer.isArray()) {
-        answer = host.askEmulator(QStringLiteral("inbox?after=%1&wait=%2").arg(last).arg(sliceMs));
-        wait = answer.toArray().isEmpty();
-    }
-    if (!answer.isArray())
-        return host.output().failure(
-            Exit::Unreachable,
-            QStringLiteral("no passport-emulator answers at %1").arg(host.address()));
-    Output::Rows rows;
-    const QJsonArray messages = answer.toArray();
-    for (const QJsonValue &value : messages) {
-        const QJsonObject message = value.toObject();
-        const auto text = [&](const char *name) {
-            return message.value(QLatin1String(name)).toString();
-        };
-        rows.append(
-            {text("time"),
-             QStringLiteral("%1  %2  %3").arg(text("code"), text("purpose"), text("username"))});
-    }
-    return host.output().success(QStringLiteral("%1 codes").arg(rows.size()), rows,
-                                 {{QStringLiteral("inbox"), messages}});
-}
+} // namespace
 
-Exit addFault(Host &host, const QString &fault)
+void addServiceCommands(Commands commands)
 {
-    const QJsonObject object = QJsonDocument::fromJson(fault.toUtf8()).object();
-    if (object.isEmpty())
-        return host.output().failure(Exit::Usage, QStringLiteral("a fault is a JSON object"));
-    if (const auto end = host.prepare(false))
-        return *end;
-    const QJsonValue answer = host.askEmulator(QStringLiteral("faults"), object.toVariantMap());
-    if (answer.isUndefined())
-        return host.output().failure(
-            Exit::Refused,
-            QStringLiteral("no passport-emulator took it: see the faults in its manual"));
-    return host.output().success(QStringLiteral("In force"), {},
-                                 {{QStringLiteral("fault"), object}});
+    commands.add<Countries>("countries", "List countries with their calling codes");
+    commands.add<Country>("country", "Show the country of this machine's address");
+    commands.add<Privacy>("privacy", "Print the privacy policy");
+    commands.add<Reachability>("net", "Ask whether network and service can be reached");
 }

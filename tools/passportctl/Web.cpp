@@ -1,6 +1,7 @@
-#include "Web.h"
+#include "Command.h"
 
 #include <QtCore/QFileInfo>
+#include <QtCore/QJsonArray>
 #include <QtCore/QUrl>
 
 using namespace VelqorPassPort;
@@ -10,14 +11,102 @@ namespace {
 constexpr char bundled[] = "openweburl.app/Contents/MacOS/openweburl";
 constexpr char apart[] = "openweburl";
 
-} // namespace
+/// A page of the account service in the web tool, from its start to its end.
+///
+/// Prints what the library's signals bring as they come, as JSON all of it at the end; tokens and
+/// passwords only with --show-secrets. Ends with Refused when the page was closed without a result,
+/// and with Configuration when there is no web tool in the passport directory.
+class WebCommand : public Command
+{
+public:
+    Exit run(Host &host) override;
 
-Web::Web(Host &host, const WebOptions &options) : m_host(host), m_options(options)
+protected:
+    /// `program`: of the web tool, below its folder. `outcome`: what a page has to bring, for
+    /// telling the user; none: nothing.
+    WebCommand(const char *program, const QString &outcome) : m_program(program), m_outcome(outcome)
+    {
+    }
+
+    void declarePage(CLI::App &app)
+    {
+        addText(app, "--page", m_page, "Path below the web service's address");
+        declareText(app);
+    }
+    void declareText(CLI::App &app)
+    {
+        addText(app, "--text", m_text, "For the page, usually a language");
+    }
+    void declareClose(CLI::App &app)
+    {
+        addFlag(app, "--close", m_closes, "Close the page after its result");
+    }
+    void declareSecrets(CLI::App &app)
+    {
+        addFlag(app, "--show-secrets", m_showsSecrets, "Print tokens and passwords too");
+    }
+
+    /// Shows the page until it is closed; returns early with a failure that it has printed.
+    virtual std::optional<Exit> show(Host &host) = 0;
+
+    QString page(const char *usual) const
+    {
+        return m_page.isEmpty() ? QString::fromLatin1(usual) : m_page;
+    }
+
+    QString m_text = QStringLiteral("en-us");
+    bool m_closes = false;
+
+private:
+    std::optional<Exit> findProgram(const Host &host) const;
+    void listen(Host &host);
+    void note(const Output &output, const QString &signal, const Output::Rows &rows);
+    QString secret(const QString &text) const;
+
+    const char *m_program;
+    QString m_outcome;
+    QString m_page;
+    bool m_showsSecrets = false;
+    bool m_hasResult = false;
+    QJsonArray m_signals;
+};
+
+Exit WebCommand::run(Host &host)
+{
+    if (const auto end = host.prepare(PassportDir::Needed))
+        return *end;
+    if (const auto end = findProgram(host))
+        return *end;
+    listen(host);
+    if (const auto end = show(host))
+        return *end;
+    if (!m_hasResult && !m_outcome.isEmpty()) {
+        return host.output().failure(Exit::Refused,
+                                     QStringLiteral("the page was closed without ") + m_outcome);
+    }
+    return host.output().success(QStringLiteral("The page has been closed"), {},
+                                 {{QStringLiteral("signals"), m_signals}});
+}
+
+// The library cannot say that there is no web tool: to it that is a page closed at once.
+std::optional<Exit> WebCommand::findProgram(const Host &host) const
+{
+    const QFileInfo program(host.passportDir() + QStringLiteral("/openweburl/") +
+                            QLatin1String(m_program));
+    if (program.isExecutable() && program.isFile())
+        return std::nullopt;
+    return host.output().failure(
+        Exit::Configuration,
+        QStringLiteral("%1: no program, the web tool is missing").arg(program.filePath()));
+}
+
+void WebCommand::listen(Host &host)
 {
     Passport *passport = &host.passport();
-    const auto result = [this](const QString &sentence, const Output::Rows &rows) {
+    const Output &output = host.output();
+    const auto result = [this, &output](const QString &signal, const Output::Rows &rows) {
         m_hasResult = true;
-        note(sentence, rows);
+        note(output, signal, rows);
     };
     QObject::connect(passport, &Passport::tokenReceived, passport, [=](const QString &token) {
         result(QStringLiteral("tokenReceived"), {{QStringLiteral("token"), secret(token)}});
@@ -35,95 +124,135 @@ Web::Web(Host &host, const WebOptions &options) : m_host(host), m_options(option
     QObject::connect(passport, &Passport::supplySuccess, passport,
                      [=] { result(QStringLiteral("supplySuccess"), {}); });
     QObject::connect(passport, &Passport::webpageClosed, passport,
-                     [this] { note(QStringLiteral("webpageClosed"), {}); });
+                     [this, &output] { note(output, QStringLiteral("webpageClosed"), {}); });
 }
 
-Exit Web::signIn()
+void WebCommand::note(const Output &output, const QString &signal, const Output::Rows &rows)
 {
-    if (const auto early = prepare(apart))
-        return *early;
-    m_host.passport().openLoginURL(true, m_options.address, m_options.text);
-    return end(QStringLiteral("a sign-in"));
-}
-
-Exit Web::signUp()
-{
-    if (const auto early = prepare(bundled))
-        return *early;
-    m_host.passport().openRegisterURL(m_options.closes, m_options.address, m_options.text);
-    return end(QStringLiteral("an account"));
-}
-
-Exit Web::forgotten()
-{
-    if (const auto early = prepare(bundled))
-        return *early;
-    m_host.passport().openForgitURL(m_options.closes, m_options.address, m_options.text);
-    return end(QStringLiteral("a new password"));
-}
-
-Exit Web::addInformation(const QString &user, const QString &phoneArea)
-{
-    if (const auto early = prepare(bundled))
-        return *early;
-    return m_host.withAccount(user, phoneArea, false, [this](const QVariantMap &) {
-        Passport &passport = m_host.passport();
-        passport.openAddInfoURL(passport.token(), m_options.closes, m_options.address,
-                                m_options.text);
-        return end(QStringLiteral("the information being saved"));
-    });
-}
-
-Exit Web::open()
-{
-    const QUrl url(m_options.address);
-    const QStringList schemes{QStringLiteral("http"), QStringLiteral("https"),
-                              QStringLiteral("file")};
-    if (!url.isValid() || !schemes.contains(url.scheme())) {
-        return m_host.output().failure(
-            Exit::Usage,
-            QStringLiteral("\"%1\" is not an http, https or file address").arg(m_options.address));
-    }
-    if (const auto early = prepare(bundled))
-        return *early;
-    m_host.passport().openURL(url, m_options.text);
-    m_hasResult = true;
-    return end({});
-}
-
-// The library cannot say that there is no web tool: to it that is a page closed at once.
-std::optional<Exit> Web::prepare(const char *program)
-{
-    if (const auto early = m_host.prepare(true))
-        return early;
-    const QString path =
-        m_host.passportDir() + QStringLiteral("/openweburl/") + QString::fromLatin1(program);
-    if (QFileInfo(path).isExecutable() && QFileInfo(path).isFile())
-        return std::nullopt;
-    return m_host.output().failure(
-        Exit::Configuration, QStringLiteral("%1: no program, the web tool is missing").arg(path));
-}
-
-void Web::note(const QString &sentence, const Output::Rows &rows)
-{
-    QJsonObject signal{{QStringLiteral("signal"), sentence}};
+    QJsonObject object{{QStringLiteral("signal"), signal}};
     for (const auto &[name, value] : rows)
-        signal.insert(name, value);
-    m_signals.append(signal);
-    m_host.output().report(sentence, rows);
+        object.insert(name, value);
+    m_signals.append(object);
+    output.report(signal, rows);
 }
 
-QString Web::secret(const QString &text) const
+QString WebCommand::secret(const QString &text) const
 {
-    return m_options.showsSecrets || text.isEmpty() ? text : QStringLiteral("(not shown)");
+    return m_showsSecrets || text.isEmpty() ? text : QStringLiteral("(not shown)");
 }
 
-Exit Web::end(const QString &missing) const
+class WebSignIn : public WebCommand
 {
-    if (!m_hasResult) {
-        return m_host.output().failure(Exit::Refused,
-                                       QStringLiteral("the page was closed without ") + missing);
+public:
+    WebSignIn() : WebCommand(apart, QStringLiteral("a sign-in")) {}
+    void declare(CLI::App &app) override
+    {
+        declarePage(app);
+        declareSecrets(app);
     }
-    return m_host.output().success(QStringLiteral("The page has been closed"), {},
-                                   {{QStringLiteral("signals"), m_signals}});
+    std::optional<Exit> show(Host &host) override
+    {
+        host.passport().openLoginURL(true, page("/sign-in"), m_text);
+        return std::nullopt;
+    }
+};
+
+class WebSignUp : public WebCommand
+{
+public:
+    WebSignUp() : WebCommand(bundled, QStringLiteral("an account")) {}
+    void declare(CLI::App &app) override
+    {
+        declarePage(app);
+        declareClose(app);
+        declareSecrets(app);
+    }
+    std::optional<Exit> show(Host &host) override
+    {
+        host.passport().openRegisterURL(m_closes, page("/sign-up"), m_text);
+        return std::nullopt;
+    }
+};
+
+class WebForgotten : public WebCommand
+{
+public:
+    WebForgotten() : WebCommand(bundled, QStringLiteral("a new password")) {}
+    void declare(CLI::App &app) override
+    {
+        declarePage(app);
+        declareClose(app);
+        declareSecrets(app);
+    }
+    std::optional<Exit> show(Host &host) override
+    {
+        host.passport().openForgitURL(m_closes, page("/forgotten-password"), m_text);
+        return std::nullopt;
+    }
+};
+
+/// Signs in first, asking for the password.
+class WebAddInfo : public WebCommand
+{
+public:
+    WebAddInfo() : WebCommand(bundled, QStringLiteral("the information being saved")) {}
+    void declare(CLI::App &app) override
+    {
+        addAccount(app, m_account);
+        declarePage(app);
+        declareClose(app);
+    }
+    std::optional<Exit> show(Host &host) override
+    {
+        QVariantMap profile;
+        if (const auto end = host.signIn(m_account, false, profile))
+            return end;
+        Passport &passport = host.passport();
+        passport.openAddInfoURL(passport.token(), m_closes, page("/add-information"), m_text);
+        return std::nullopt;
+    }
+
+private:
+    Account m_account;
+};
+
+class WebOpen : public WebCommand
+{
+public:
+    WebOpen() : WebCommand(bundled, QString()) {}
+    void declare(CLI::App &app) override
+    {
+        declareText(app);
+        addRequiredText(app, "url", m_url, "Its address: http, https or file");
+    }
+    Exit run(Host &host) override
+    {
+        const QStringList schemes{QStringLiteral("http"), QStringLiteral("https"),
+                                  QStringLiteral("file")};
+        const QUrl url(m_url);
+        if (url.isValid() && schemes.contains(url.scheme()))
+            return WebCommand::run(host);
+        return host.output().failure(
+            Exit::Usage, QStringLiteral("\"%1\" is not an http, https or file address").arg(m_url));
+    }
+    std::optional<Exit> show(Host &host) override
+    {
+        host.passport().openURL(QUrl(m_url), m_text);
+        return std::nullopt;
+    }
+
+private:
+    QString m_url;
+};
+
+} // namespace
+
+void addWebCommands(Commands commands)
+{
+    Commands web = commands.group("web", "Show a page of the account service");
+    web.add<WebSignIn>("sign-in", "Sign in");
+    web.add<WebSignUp>("sign-up", "Create an account");
+    web.add<WebForgotten>("forgotten", "Set a new password");
+    web.add<WebAddInfo>("add-info", "Complete an account");
+    web.add<WebOpen>("open", "Show any page");
 }

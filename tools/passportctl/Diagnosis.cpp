@@ -1,6 +1,7 @@
-#include "Doctor.h"
+#include "Command.h"
 
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QJsonDocument>
 #include <QtCore/QSysInfo>
 
 #include <algorithm>
@@ -13,6 +14,45 @@
 using namespace VelqorPassPort;
 
 namespace {
+
+class Status : public Command
+{
+public:
+    void declare(CLI::App &) override {}
+    Exit run(Host &host) override;
+};
+
+Exit Status::run(Host &host)
+{
+    if (const auto end = host.configure())
+        return *end;
+    QVariant result;
+    const PassportCommunityError record = host.requestStatus(result);
+    if (failed(record))
+        return host.output().failure(QStringLiteral("status of ") + host.address(), record);
+    return host.output().success(QStringLiteral("%1 answers").arg(host.address()),
+                                 Output::rowsOf(result.toMap()),
+                                 {{QStringLiteral("address"), host.address()},
+                                  {QStringLiteral("status"), QJsonValue::fromVariant(result)}});
+}
+
+class Config : public Command
+{
+public:
+    void declare(CLI::App &) override {}
+    Exit run(Host &host) override;
+};
+
+Exit Config::run(Host &host)
+{
+    if (const auto end = host.configure())
+        return *end;
+    QVariantMap map;
+    host.passport().configData(map);
+    const QJsonObject data = QJsonObject::fromVariantMap(map);
+    const QString text = QString::fromUtf8(QJsonDocument(data).toJson()).trimmed();
+    return host.output().success(text, {}, {{QStringLiteral("config"), data}});
+}
 
 void addRequestLibrary(Output::Rows &rows)
 {
@@ -33,7 +73,7 @@ void addRequestLibrary(Output::Rows &rows)
 
 void addProxies(Output::Rows &rows)
 {
-    // The password that a proxy's address may hold is nobody's business.
+    // A proxy's address may hold a name and a password before the "@": they are not printed.
     for (const char *name : {"http_proxy", "https_proxy", "all_proxy", "no_proxy"}) {
         const QString value = qEnvironmentVariable(name);
         if (!value.isEmpty())
@@ -57,7 +97,7 @@ PassportCommunityError addTimes(Host &host, Output::Rows &rows)
         clock.start();
         QVariant result;
         const PassportCommunityError record = host.requestStatus(result);
-        if (record.errorCode != CommunityErrorCode::NoError)
+        if (failed(record))
             return record;
         milliseconds.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6);
         if (i == 0)
@@ -72,9 +112,14 @@ PassportCommunityError addTimes(Host &host, Output::Rows &rows)
     return {};
 }
 
-} // namespace
+class Doctor : public Command
+{
+public:
+    void declare(CLI::App &) override {}
+    Exit run(Host &host) override;
+};
 
-Exit examine(Host &host, const Output &output)
+Exit Doctor::run(Host &host)
 {
     Output::Rows rows{
         {QStringLiteral("libpassport"), QStringLiteral(PASSPORT_VERSION)},
@@ -86,16 +131,27 @@ Exit examine(Host &host, const Output &output)
     addRequestLibrary(rows);
     addProxies(rows);
 
-    PassportCommunityError record = host.configure();
-    if (record.errorCode == CommunityErrorCode::NoError) {
+    PassportCommunityError record = host.applyOptions();
+    if (!failed(record)) {
         rows.append({QStringLiteral("address"), host.address()});
         record = addTimes(host, rows);
     }
     QJsonObject data;
-    for (const auto &row : rows)
-        data.insert(row.first, row.second);
-    if (record.errorCode == CommunityErrorCode::NoError)
-        return output.success(QStringLiteral("Everything a sign-in needs is there"), rows, data);
-    output.report(QStringLiteral("Not everything a sign-in needs is there"), rows);
-    return output.failure(QStringLiteral("doctor"), record);
+    for (const auto &[name, value] : qAsConst(rows))
+        data.insert(name, value);
+    if (!failed(record)) {
+        return host.output().success(QStringLiteral("Everything a sign-in needs is there"), rows,
+                                     data);
+    }
+    host.output().report(QStringLiteral("Not everything a sign-in needs is there"), rows);
+    return host.output().failure(QStringLiteral("doctor"), record);
+}
+
+} // namespace
+
+void addDiagnosisCommands(Commands commands)
+{
+    commands.add<Status>("status", "Ask the account service whether it is there");
+    commands.add<Config>("config", "Check and print the cloud configuration");
+    commands.add<Doctor>("doctor", "Look at everything that a sign-in needs");
 }

@@ -1,0 +1,63 @@
+#include "Command.h"
+
+#include <CLI/App.hpp>
+
+#include <utility>
+
+void Command::validate(const CLI::App &app) const
+{
+    Q_UNUSED(app)
+}
+
+Commands Commands::group(const char *name, const char *description)
+{
+    CLI::App *app = m_app.add_subcommand(name, description);
+    app->require_subcommand(1);
+    return {*app, m_chosen};
+}
+
+void Commands::add(const char *name, const char *description, std::shared_ptr<Command> command)
+{
+    CLI::App *app = m_app.add_subcommand(name, description);
+    command->declare(*app);
+    app->callback([app, command = std::move(command), &chosen = m_chosen] {
+        command->validate(*app);
+        chosen = command;
+    });
+}
+
+namespace {
+
+CLI::Option *addTextOption(CLI::App &app, const char *name, QString &value, const char *description)
+{
+    const auto fillIn = [&value](const CLI::results_t &arguments) {
+        value = QString::fromStdString(arguments.front());
+        return true;
+    };
+    const auto current = [&value] { return value.toStdString(); };
+    const bool hasDefault = !value.isEmpty();
+    return app.add_option(name, fillIn, description, hasDefault, current)->type_name("TEXT");
+}
+
+} // namespace
+
+void addFlag(CLI::App &app, const char *name, bool &value, const char *description)
+{
+    app.add_flag(name, value, description);
+}
+
+void addText(CLI::App &app, const char *name, QString &value, const char *description)
+{
+    addTextOption(app, name, value, description);
+}
+
+void addRequiredText(CLI::App &app, const char *name, QString &value, const char *description)
+{
+    addTextOption(app, name, value, description)->required();
+}
+
+void addAccount(CLI::App &app, Account &account)
+{
+    addRequiredText(app, "user", account.user, "User name, mail address or phone number");
+    addText(app, "--phone-area", account.phoneArea, "Phone area of the user name, such as 86");
+}

@@ -1,0 +1,41 @@
+#include "Emulator.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+#include <QtCore/QUrl>
+
+namespace {
+
+QJsonObject lastOf(const QJsonValue &list)
+{
+    return list.toArray().last().toObject();
+}
+
+} // namespace
+
+QJsonValue Emulator::ask(Host &host, const QString &call, const QVariantMap &body)
+{
+    QVariant result;
+    const QUrl url = QUrl(host.address()).resolved(QUrl(QStringLiteral("/_dev/") + call));
+    host.client().requestNubelo(result, url.toString(), Nubelo::Manager::Get, body);
+    const QJsonObject answer = QJsonDocument::fromJson(result.toString().toUtf8()).object();
+    return answer.isEmpty() ? QJsonValue(QJsonValue::Undefined)
+                            : answer.value(QStringLiteral("result"));
+}
+
+QString Emulator::captchaText(Host &host)
+{
+    const QString path =
+        lastOf(ask(host, QStringLiteral("requests"))).value(QStringLiteral("path")).toString();
+    const QString id = path.section(QLatin1Char('/'), -1);
+    return ask(host, QStringLiteral("captcha/") + id)
+        .toObject()
+        .value(QStringLiteral("answer"))
+        .toString();
+}
+
+QString Emulator::verificationCode(Host &host)
+{
+    return lastOf(ask(host, QStringLiteral("inbox"))).value(QStringLiteral("code")).toString();
+}
