@@ -1,13 +1,12 @@
 #include "Database.h"
 
-#include <QtCore/QFile>
-#include <QtSql/QSqlError>
+#include "DataFile.h"
 
-#include <cstdio>
+#include <QtCore/QTemporaryFile>
+#include <QtSql/QSqlError>
 
 namespace {
 
-constexpr int applicationId = 0x4C504143; // tells our files from those of other programs
 constexpr int schemaVersion = 2;
 const QString inMemory = QStringLiteral(":memory:");
 
@@ -23,43 +22,38 @@ QVariant notNull(const QVariant &value)
     return nullText ? QVariant(QString(QLatin1String(""))) : value;
 }
 
-bool isNew(const QString &path)
+// Why a file cannot be opened, by SQLite's primary result code (sqlite.org/rescode.html).
+QString complaint(const QSqlError &error)
 {
-    return path == inMemory || !QFile::exists(path) || QFile(path).size() == 0;
-}
-
-// Looks at the file's first bytes without SQLite, which might already repair or lock it.
-void requireOurFile(const QString &path)
-{
-    constexpr int headerBytes = 100;
-    constexpr int applicationIdOffset = 68; // "Database File Format", sqlite.org/fileformat2.html
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        fail(QStringLiteral("cannot be read: ") + file.errorString());
-    const QByteArray header = file.read(headerBytes);
-    QByteArray id;
-    for (int shift = 24; shift >= 0; shift -= 8)
-        id.append(static_cast<char>((applicationId >> shift) & 0xFF));
-    if (!header.startsWith(QByteArrayLiteral("SQLite format 3\0")) ||
-        header.mid(applicationIdOffset, 4) != id) {
-        fail(QStringLiteral("is not a data file of passport-emulator"));
+    enum { Busy = 5, ReadOnly = 8, Corrupt = 11, NotADatabase = 26 };
+    switch (error.nativeErrorCode().toInt() & 0xFF) {
+    case Busy:
+        return QStringLiteral("is in use by another process");
+    case ReadOnly:
+        return QStringLiteral("is read-only");
+    case Corrupt:
+    case NotADatabase:
+        return QStringLiteral("is damaged: ") + error.databaseText();
+    default:
+        return QStringLiteral("cannot be opened: ") + error.databaseText();
     }
 }
 
 } // namespace
 
-Database::Database(const QString &path, const QStringList &schema,
-                   const std::function<void(const Database &)> &fill)
+Database::Database(const QString &path, const QStringList &schema, const Fill &fill)
     : m_database(QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("store")))
 {
     m_database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=200"));
     try {
-        if (isNew(path))
-            create(path, schema, fill);
-        else
-            requireOurFile(path);
-        if (path != inMemory)
-            open(path);
+        if (path == inMemory) {
+            write(path, schema, fill);
+            return;
+        }
+        const DataFile file = DataFile::examine(path);
+        if (file.isNew)
+            create(file, schema, fill);
+        open(file.path);
     } catch (const StoreError &error) {
         close();
         fail(QStringLiteral("data file %1: %2").arg(path, QString::fromUtf8(error.what())));
@@ -90,16 +84,23 @@ QSqlQuery Database::run(const QString &sql, const QVariantList &values) const
     return query;
 }
 
-// A new file is made under another name and then renamed, so that a file under its own name is
-// always whole, however early the process was killed.
-void Database::create(const QString &path, const QStringList &schema,
-                      const std::function<void(const Database &)> &fill)
+// A new file is made under another name, so that a file under its own name is always whole, however
+// early the process was killed.
+void Database::create(const DataFile &file, const QStringList &schema, const Fill &fill)
 {
-    const QString draft = path == inMemory ? path : path + QStringLiteral(".new");
-    QFile::remove(draft);
-    m_database.setDatabaseName(draft);
+    QTemporaryFile draft(file.path + QStringLiteral(".XXXXXX")); // for its owner alone
+    if (!draft.open())
+        fail(QStringLiteral("cannot be created: ") + draft.errorString());
+    write(draft.fileName(), schema, fill);
+    m_database.close();
+    file.create(draft.fileName());
+}
+
+void Database::write(const QString &name, const QStringList &schema, const Fill &fill)
+{
+    m_database.setDatabaseName(name);
     if (!m_database.open())
-        fail(QStringLiteral("cannot be created: ") + m_database.lastError().databaseText());
+        fail(complaint(m_database.lastError()));
     Transaction transaction(*this);
     run(QStringLiteral("PRAGMA application_id=%1").arg(applicationId));
     run(QStringLiteral("PRAGMA user_version=%1").arg(schemaVersion));
@@ -107,29 +108,17 @@ void Database::create(const QString &path, const QStringList &schema,
         run(statement);
     fill(*this);
     transaction.commit();
-    if (path == inMemory)
-        return;
-    m_database.close();
-    QFile::setPermissions(draft, QFile::ReadOwner | QFile::WriteOwner);
-    // SQLite would take the write-ahead log of a file that somebody deleted for ours.
-    QFile::remove(path + QStringLiteral("-wal"));
-    if (std::rename(QFile::encodeName(draft).constData(), QFile::encodeName(path).constData()) != 0)
-        fail(QStringLiteral("cannot be created: ") + draft + QStringLiteral(" cannot be renamed"));
 }
 
 void Database::open(const QString &path)
 {
     m_database.setDatabaseName(path);
     if (!m_database.open())
-        fail(QStringLiteral("cannot be opened: ") + m_database.lastError().databaseText());
+        fail(complaint(m_database.lastError()));
     run(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
     QSqlQuery check(m_database);
-    if (!check.exec(QStringLiteral("PRAGMA quick_check(1)")) || !check.next()) {
-        const QString reason = check.lastError().databaseText();
-        const bool locked = reason.contains(QLatin1String("locked"));
-        fail(locked ? QStringLiteral("is in use by another process")
-                    : QStringLiteral("is damaged: ") + reason);
-    }
+    if (!check.exec(QStringLiteral("PRAGMA quick_check(1)")) || !check.next())
+        fail(complaint(check.lastError()));
     if (check.value(0).toString() != QLatin1String("ok"))
         fail(QStringLiteral("is damaged: ") + check.value(0).toString());
     check.finish();

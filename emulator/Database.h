@@ -1,5 +1,7 @@
 #pragma once
 
+#include "StoreError.h"
+
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QVariant>
@@ -7,14 +9,8 @@
 #include <QtSql/QSqlQuery>
 
 #include <functional>
-#include <stdexcept>
 
-/// The data file cannot be used; what() says in UTF-8 why.
-class StoreError : public std::runtime_error
-{
-public:
-    using std::runtime_error::runtime_error;
-};
+struct DataFile;
 
 /// An SQLite file, held exclusively while the object lives, one object at a time.
 ///
@@ -24,11 +20,15 @@ public:
 class Database
 {
 public:
+    using Fill = std::function<void(const Database &)>;
+
+    /// In the header of every file that the emulator writes; tells it from those of others.
+    static constexpr quint32 applicationId = 0x4C504143;
+
     /// Opens the file, or creates it by the statements of the schema and what fill() adds;
-    /// ":memory:" is always new. A file that is not an intact data file of the emulator is refused
-    /// and left as it is.
-    Database(const QString &path, const QStringList &schema,
-             const std::function<void(const Database &)> &fill);
+    /// ":memory:" is always new. Whatever else than an intact data file of the emulator is at the
+    /// path, is refused and left as it is; a link is followed to a file, but not to nothing.
+    Database(const QString &path, const QStringList &schema, const Fill &fill);
     ~Database();
     Database(const Database &) = delete;
     Database &operator=(const Database &) = delete;
@@ -37,8 +37,8 @@ public:
     QSqlQuery run(const QString &sql, const QVariantList &values = {}) const;
 
 private:
-    void create(const QString &path, const QStringList &schema,
-                const std::function<void(const Database &)> &fill);
+    void create(const DataFile &file, const QStringList &schema, const Fill &fill);
+    void write(const QString &name, const QStringList &schema, const Fill &fill);
     void open(const QString &path);
     void close();
 

@@ -7,7 +7,7 @@
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
-#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 #include <QtCore/QTextStream>
 
@@ -108,9 +108,15 @@ void announce(const QString &address, const QString &pages, const Store::Account
     out << "\n  The passwords of the built-in accounts are in emulator/README.md.\n";
 }
 
-// A reader never sees half of the file: it is written aside and renamed.
+// A reader never sees half of the file: it is written aside and renamed, which would also replace a
+// FIFO or a device.
 void writeReadyFile(const QString &path, const QString &address)
 {
+    const QFileInfo info(path);
+    if ((info.exists() || info.isSymLink()) && !info.isFile()) {
+        throw Failure{CannotServe,
+                      QStringLiteral("ready file %1: is not a regular file").arg(path)};
+    }
     QSaveFile file(path);
     const QByteArray line = address.toUtf8() + '\n';
     if (!file.open(QIODevice::WriteOnly) || file.write(line) != line.size() || !file.commit()) {

@@ -1,10 +1,41 @@
-#include "support/EmulatorProcess.h"
+#include "support/AccountClient.h"
 #include "support/Rows.h"
 
-#include <QtCore/QJsonDocument>
 #include <QtNetwork/QTcpSocket>
 
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+using Client = AccountClient;
 using Reply = EmulatorProcess::HttpReply;
+
+namespace {
+
+// Root may write everything, others see what is read-only.
+class EmulatorChild : public QProcess
+{
+protected:
+    void setupChildProcess() override
+    {
+        if (isUnprivileged && ::geteuid() == 0 && ::setuid(65534) != 0)
+            ::_exit(127);
+    }
+
+public:
+    bool isUnprivileged = false;
+};
+
+// Inode, size, kind and permissions: of a link its own.
+QVector<quint64> identity(const QString &path)
+{
+    struct stat info = {};
+    if (::lstat(QFile::encodeName(path).constData(), &info) != 0)
+        return {};
+    return {info.st_ino, quint64(info.st_size), info.st_mode, info.st_rdev};
+}
+
+} // namespace
 
 /// The process itself: starting and ending, what it refuses, its faults.
 class EmulatorTest : public QObject
@@ -23,6 +54,9 @@ private Q_SLOTS:
     void refusesToStart_data();
     void refusesToStart();
     void refusesWhatIsInUse();
+    void leavesAlone_data();
+    void leavesAlone();
+    void keepsWhatItAcknowledged();
 
 private:
     EmulatorProcess m_emulator;
@@ -141,7 +175,7 @@ void EmulatorTest::refusesToStart_data()
         R"({"accounts":[{"username":"a","password":"b"},
                         {"username":"c","password":"b","email":"a"}]})",
         2, "account 1: \"a\" also belongs to account 0");
-    row("text as data", "--data", "not a data file", 1, "is not a data file");
+    row("empty data", "--data", "", 1, "is not a data file");
     row("foreign data", "--data", "SQLite format 3" + QByteArray(4096, '\0'), 1,
         "is not a data file");
     row("damaged data", "--data",
@@ -180,6 +214,86 @@ void EmulatorTest::refusesWhatIsInUse()
         QVERIFY(second.waitForFinished());
         QCOMPARE(second.exitCode(), 1);
         QVERIFY(second.readAllStandardError().contains("in use"));
+    }
+}
+
+void EmulatorTest::leavesAlone_data()
+{
+    const auto row = columns<QString, QString, QByteArray>("option", "name", "complaint");
+    row("FIFO", "--data", "fifo", "is not a regular file");
+    row("device", "--data", "device", "is not a regular file");
+    row("link to a device", "--data", "link", "is not a regular file");
+    row("link to nothing", "--data", "dangling", "is a link that leads nowhere");
+    row("directory", "--data", "", "is not a regular file");
+    row("log of a foreigner", "--data", "new", "where something else is");
+    row("read-only", "--data", "ours", "is read-only");
+    row("ready FIFO", "--ready-file", "fifo", "is not a regular file");
+    row("ready link to nothing", "--ready-file", "dangling", "is not a regular file");
+}
+
+void EmulatorTest::leavesAlone()
+{
+    QFETCH(QString, option);
+    QFETCH(QString, name);
+    QFETCH(QByteArray, complaint);
+    QTemporaryDir directory;
+    const auto path = [&](const char *file) { return directory.filePath(file); };
+    const auto native = [&](const char *file) { return QFile::encodeName(path(file)); };
+    QVERIFY(EmulatorProcess({"--data", path("ours")}).start());
+    QVERIFY(::chmod(native("ours"), 0444) == 0 && ::chmod(native("."), 0755) == 0);
+    QVERIFY(::mkfifo(native("fifo"), 0666) == 0 && ::mkfifo(native("new-wal"), 0666) == 0);
+    struct stat null = {};
+    QCOMPARE(::stat("/dev/null", &null), 0);
+    if (::mknod(native("device"), S_IFCHR | 0666, null.st_rdev) != 0 && name == "device")
+        QSKIP("only root makes a device");
+    QVERIFY(QFile::link(path("device"), path("link")) && QFile::link("none", path("dangling")));
+    const auto all = [&] {
+        QVector<QVector<quint64>> identities;
+        for (const QString &file :
+             QDir(directory.path()).entryList(QDir::AllEntries | QDir::System))
+            identities << identity(directory.filePath(file));
+        return identities;
+    };
+    const auto before = all();
+    EmulatorChild process;
+    process.isUnprivileged = name == "ours";
+    process.start(
+        EmulatorProcess::program(),
+        {"--port", "0", option, name.isEmpty() ? directory.path() : path(name.toLatin1())});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 1);
+    const QByteArray message = process.readAllStandardError();
+    QVERIFY2(message.contains(complaint), message.constData());
+    QCOMPARE(all(), before);
+}
+
+// Killed at work again and again; the file is there by its own name and by a link's.
+void EmulatorTest::keepsWhatItAcknowledged()
+{
+    QTemporaryDir directory;
+    const QString name = directory.filePath("accounts.db"), link = directory.filePath("link");
+    QStringList tokens;
+    QVERIFY(QFile::link(name, link));
+    for (const QString &path : {name, link, name}) {
+        EmulatorProcess emulator({"--data", path});
+        const Client client(emulator);
+        QVERIFY(emulator.start());
+        for (const QString &token : qAsConst(tokens))
+            QCOMPARE(Client::word(client.profile(token, "10001")), "ok");
+        std::atomic<int> acknowledged{0};
+        std::thread signingIn([&] {
+            for (;; ++acknowledged) {
+                const QString token =
+                    Client::token(client.logIn("ada@example.com", "correct horse 1"));
+                if (token.isEmpty())
+                    return;
+                tokens << token;
+            }
+        });
+        const bool busy = QTest::qWaitFor([&] { return acknowledged > 20; }, 30000);
+        emulator.kill();
+        signingIn.join();
+        QVERIFY(busy);
     }
 }
 
