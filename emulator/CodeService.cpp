@@ -131,7 +131,7 @@ Answer CodeService::inbox(const Request &request) const
     }
     Answer answer = okAnswer(messages);
     if (messages.isEmpty())
-        answer.patience = std::chrono::milliseconds(waitMs);
+        answer.longPoll = std::chrono::milliseconds(waitMs);
     return answer;
 }
 

@@ -1,11 +1,13 @@
 #include "HttpServer.h"
 
+#include "Connection.h"
+#include "FaultDelivery.h"
+
 #include <httplib.h>
 
 #include <QtCore/QMetaObject>
 
 #include <algorithm>
-#include <filesystem>
 #include <limits>
 #include <stdexcept>
 #include <utility>
@@ -77,57 +79,6 @@ QString serverRefusal(int code)
     default:
         return QStringLiteral("the request is not valid HTTP");
     }
-}
-
-// The numeric address and the port of one end of a socket; port -1 if it has no such end.
-std::pair<std::string, int> endOf(int descriptor, decltype(&::getsockname) whichEnd)
-{
-    sockaddr_storage address{};
-    socklen_t length = sizeof address;
-    auto *generic = reinterpret_cast<sockaddr *>(&address);
-    if (whichEnd(descriptor, generic, &length) != 0)
-        return {{}, -1};
-    if (address.ss_family != AF_INET && address.ss_family != AF_INET6)
-        return {{}, -1};
-    char host[NI_MAXHOST] = "";
-    char port[NI_MAXSERV] = "";
-    if (::getnameinfo(generic, length, host, sizeof host, port, sizeof port,
-                      NI_NUMERICHOST | NI_NUMERICSERV) != 0) {
-        return {{}, -1};
-    }
-    return {host, std::atoi(port)};
-}
-
-// cpp-httplib hides its sockets from handlers and has no way to close them early. So they are
-// looked up among the descriptors of the process by the port they were accepted on.
-template <typename Visitor>
-void forEachConnection(int localPort, Visitor &&visit)
-{
-    std::error_code ignored;
-    for (const auto &entry : std::filesystem::directory_iterator("/dev/fd", ignored)) {
-        const int descriptor = std::atoi(entry.path().filename().c_str());
-        if (endOf(descriptor, ::getsockname).second != localPort)
-            continue;
-        const auto peer = endOf(descriptor, ::getpeername);
-        if (peer.second != -1)
-            visit(descriptor, peer);
-    }
-}
-
-// Ends the caller's connection in the middle of the headers. A status line alone would not do:
-// there are clients that silently repeat a request whose kept-alive connection closed before the
-// first whole header, and clients that take a missing length for an empty answer.
-void drop(const httplib::Request &raw, int localPort, const Answer &answer)
-{
-    const std::string start =
-        "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(answer.body.size()) +
-        "\r\nContent-Type: appl";
-    forEachConnection(localPort, [&](int descriptor, const std::pair<std::string, int> &peer) {
-        if (peer == std::make_pair(raw.remote_addr, raw.remote_port)) {
-            [[maybe_unused]] const auto sent = ::send(descriptor, start.data(), start.size(), 0);
-            ::shutdown(descriptor, SHUT_RDWR);
-        }
-    });
 }
 
 } // namespace
@@ -217,22 +168,18 @@ int HttpServer::listen(const QHostAddress &address, int port)
 
 void HttpServer::stop()
 {
-    {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        if (std::exchange(m_stopping, true))
-            return;
-    }
-    m_changed.notify_all();
+    if (!m_wait.stop())
+        return;
     m_server->stop();
-    // Wakes the workers that wait for another request; what is being answered can still go out.
-    forEachConnection(m_port,
-                      [](int descriptor, const auto &) { ::shutdown(descriptor, SHUT_RD); });
+    // What is being answered can still go out.
+    Connection::endInputs(m_port);
 }
 
 void HttpServer::answer(const httplib::Request &raw, const QByteArray &body,
                         httplib::Response &response)
 {
-    deliver(handOverPatiently(decode(raw, body)), raw, response);
+    const Connection client(raw, m_port);
+    deliver(pollHandler(decode(raw, body), client), client, m_wait, response);
 }
 
 // Not a blocking queued call: the queue under our own mutex shows the hand-over to the thread
@@ -251,24 +198,18 @@ Answer HttpServer::handOver(const Request &request)
     return result.get();
 }
 
-// Only final answers count as news; else two who wait would wake each other for ever.
-Answer HttpServer::handOverPatiently(const Request &request)
+// Only final answers count as news; else two long polls would wake each other for ever.
+Answer HttpServer::pollHandler(const Request &request, const Connection &client)
 {
-    const auto start = std::chrono::steady_clock::now();
+    const auto start = WorkerWait::Clock::now();
     for (;;) {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        const quint64 seen = m_finalAnswers;
-        lock.unlock();
+        const quint64 seen = m_wait.newsCount();
         Answer answer = handOver(request);
-        lock.lock();
-        if (answer.patience.count() == 0) {
-            ++m_finalAnswers;
-            m_changed.notify_all();
+        if (answer.longPoll.count() == 0) {
+            m_wait.announceNews();
             return answer;
         }
-        const bool news = m_changed.wait_until(
-            lock, start + answer.patience, [&] { return m_stopping || m_finalAnswers != seen; });
-        if (!news || m_stopping)
+        if (!m_wait.waitForNews(seen, start + answer.longPoll, client))
             return answer;
     }
 }
@@ -282,44 +223,4 @@ void HttpServer::answerWaiting()
     }
     for (auto &task : waiting)
         task();
-}
-
-void HttpServer::deliver(const Answer &answer, const httplib::Request &raw,
-                         httplib::Response &response)
-{
-    using Manner = Delivery::Manner;
-    const Delivery delivery = answer.delivery;
-    pause(delivery.delay);
-    response.status = answer.code;
-    for (const auto &[name, value] : answer.headers)
-        response.set_header(name.toStdString(), value.toStdString());
-    if (delivery.manner == Manner::Drop)
-        drop(raw, m_port, answer);
-
-    const std::string body = answer.body.toStdString();
-    const std::string contentType = answer.contentType.toStdString();
-    const bool whole = delivery.manner == Manner::Whole || delivery.manner == Manner::Drop;
-    if (whole || body.empty()) {
-        response.set_content(body, contentType);
-        return;
-    }
-    response.set_content_provider(
-        body.size(), contentType,
-        [this, body, delivery](std::size_t offset, std::size_t, httplib::DataSink &sink) {
-            if (delivery.manner == Manner::HalfBody) {
-                sink.write(body.data(), body.size() / 2);
-                return false;
-            }
-            const int pieceBytes = std::max(delivery.bytesPerSecond / 10, 1);
-            const auto size = std::min(body.size() - offset, static_cast<std::size_t>(pieceBytes));
-            sink.write(body.data() + offset, size);
-            return pause(std::chrono::milliseconds(1000 * pieceBytes / delivery.bytesPerSecond));
-        });
-}
-
-// Returns false when the service ends meanwhile.
-bool HttpServer::pause(std::chrono::milliseconds duration)
-{
-    std::unique_lock<std::mutex> lock(m_mutex);
-    return !m_changed.wait_for(lock, duration, [this] { return m_stopping; });
 }

@@ -1,11 +1,11 @@
 #pragma once
 
 #include "Message.h"
+#include "WorkerWait.h"
 
 #include <QtCore/QObject>
 #include <QtNetwork/QHostAddress>
 
-#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <future>
@@ -13,18 +13,21 @@
 #include <mutex>
 #include <thread>
 
+class Connection;
+
 namespace httplib {
 class Server;
 struct Request;
 struct Response;
 } // namespace httplib
 
-/// An HTTP server on one address, the one place that knows cpp-httplib.
+/// An HTTP server on one address. With Connection and FaultDelivery the one place that knows
+/// cpp-httplib.
 ///
 /// Requests are read and answers delivered on worker threads, so that a slow delivery holds up
 /// nobody else. The handler that makes the answers runs on the thread of this object, one request
-/// after the other, from its event loop. A handler that throws is answered with HTTP 500; one that
-/// answers with patience is asked again as Answer tells. To end well, stop() and wait for
+/// after the other, from its event loop. A handler that throws is answered with HTTP 500; long
+/// polling is as Answer tells. To end well, stop() and wait for
 /// stopped(); the destructor ends a running service with what still waits for the handler
 /// unanswered.
 class HttpServer : public QObject
@@ -50,11 +53,9 @@ Q_SIGNALS:
 private:
     void configure();
     void answer(const httplib::Request &raw, const QByteArray &body, httplib::Response &response);
-    void deliver(const Answer &answer, const httplib::Request &raw, httplib::Response &response);
     Answer handOver(const Request &request);
-    Answer handOverPatiently(const Request &request);
+    Answer pollHandler(const Request &request, const Connection &client);
     Q_INVOKABLE void answerWaiting();
-    bool pause(std::chrono::milliseconds duration);
 
     Handler m_handler;
     std::unique_ptr<httplib::Server> m_server;
@@ -62,10 +63,9 @@ private:
     int m_listener = -1; ///< descriptor of the listening socket
     int m_port = 0;
 
-    std::mutex m_mutex; ///< guards what follows
-    std::condition_variable m_changed;
-    bool m_stopping = false;
-    quint64 m_finalAnswers = 0; ///< how many have been made; wakes those who wait patiently
-    bool m_closed = false;      ///< no further request may wait for the handler
+    WorkerWait m_wait; ///< its news: another final answer has been made
+
+    std::mutex m_mutex;    ///< guards what follows
+    bool m_closed = false; ///< no further request may wait for the handler
     std::deque<std::packaged_task<Answer()>> m_waiting;
 };

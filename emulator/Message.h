@@ -56,9 +56,9 @@ struct Answer
     QByteArray contentType = "application/json";
     QVector<QPair<QByteArray, QByteArray>> headers; ///< besides Content-Type and Content-Length
     Delivery delivery;
-    /// Not zero when a better answer may come: the request is answered anew after others have been,
-    /// until its answer is without patience or this time has passed since the first one.
-    std::chrono::milliseconds patience{0};
+    /// Long polling, when not zero: this answer is kept back, and the request answered anew after
+    /// each other one, until an answer has zero here or this time has passed.
+    std::chrono::milliseconds longPoll{0};
     QString consoleLine; ///< for the developer, once the changes of the request are kept
 };
 

@@ -18,10 +18,10 @@ public:
         Request request;
     };
 
-    /// Adds a request, of a long body its beginning, and drops the oldest over 1000. The reference
-    /// is valid until the next call.
+    /// Adds a request, of long headers and a long body the beginning, and drops the oldest over
+    /// 1000 or 4 MiB. The reference is valid until the next call.
     Entry &add(const Request &request);
-    void clear() { m_entries.clear(); }
+    void clear();
 
     /// The oldest first, each {"name","method","path","query","headers","body"}; a body is the JSON
     /// that it holds, else its text, null without one.
@@ -29,4 +29,5 @@ public:
 
 private:
     std::deque<Entry> m_entries;
+    int m_bytes = 0;
 };

@@ -50,6 +50,8 @@ private Q_SLOTS:
     void refusesCallersFromElsewhere_data();
     void refusesCallersFromElsewhere();
     void countsFaultsDown();
+    void givesUpClientsThatAreGone();
+    void keepsLittleOfMuch();
     void endsWithConnectionsOpen();
     void refusesToStart_data();
     void refusesToStart();
@@ -141,6 +143,37 @@ void EmulatorTest::countsFaultsDown()
             QCOMPARE(m_emulator.devGet("faults").toArray()[0].toObject()["times"].toInt(), 1);
     }
     QCOMPARE(words, QStringList({"a", "a", "b", ""}));
+}
+
+// As many as are served at a time; they would wait for longer than the last call does.
+void EmulatorTest::givesUpClientsThatAreGone()
+{
+    QVERIFY(m_emulator.addFault({{"request", "status"}, {"kind", "delay"}, {"ms", 3600000}}));
+    std::vector<std::unique_ptr<QTcpSocket>> clients;
+    for (int i = 0; i < 64; ++i) {
+        clients.push_back(m_emulator.connectSocket());
+        clients.back()->write(i % 2 == 0 ? "GET /v1/status HTTP/1.1\r\n\r\n"
+                                         : "GET /_dev/inbox?wait=600000 HTTP/1.1\r\n\r\n");
+        QVERIFY(clients.back()->waitForBytesWritten());
+    }
+    clients.clear();
+    QCOMPARE(m_emulator.http("DELETE", "/_dev/faults").code, 200);
+}
+
+void EmulatorTest::keepsLittleOfMuch()
+{
+    m_emulator.devDelete("requests");
+    const QList<QByteArray> headers{"A: 1", "B: " + QByteArray(8000, 'b'),
+                                    "C: " + QByteArray(8000, 'c')};
+    for (int i = 0; i < 100; ++i)
+        m_emulator.http("POST", "/v1/" + QByteArray::number(i), QByteArray(100000, 'x'), headers);
+    const QJsonArray kept = m_emulator.requests();
+    const QJsonObject last = kept.last().toObject(), sent = last["headers"].toObject();
+    QVERIFY2(kept.size() > 50 && kept.size() < 60, qPrintable(QString::number(kept.size())));
+    QCOMPARE(last["path"].toString(), "/v1/99");
+    QCOMPARE(last["body"].toString().size(), 64 * 1024);
+    QCOMPARE(sent["A"].toString(), "1");
+    QVERIFY(sent["B"].toString().size() == 8000 && sent["C"].toString().size() < 200);
 }
 
 // An idle connection is kept for longer than stop() waits, the delay is an hour.
