@@ -1,9 +1,9 @@
 #include "Emulator.h"
-#include "HttpServer.h"
-#include "Loopback.h"
-#include "Seed.h"
-#include "Store.h"
 #include "TerminationSignals.h"
+#include "http/HttpServer.h"
+#include "http/Loopback.h"
+#include "storage/Seed.h"
+#include "storage/Store.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
