@@ -68,7 +68,7 @@ Answer AccountService::logInByCode(const Request &request)
     const QString phoneArea = body.text(QStringLiteral("phoneArea"));
     requireLoginType(body);
     const Account account = findOpen(userName, phoneArea);
-    m_codes.redeem(QStringLiteral("login"), request.json());
+    m_codes.redeem(CodePurpose::signIn, request.json());
     return startSession(account, request);
 }
 
@@ -94,7 +94,7 @@ Answer AccountService::resetPassword(const Request &request)
     const Account account = findOpen(userName, phoneArea);
     if (password.size() < minimumPasswordLength)
         throw Denial(Denial::pwdTooShort); // the code can still be used
-    m_codes.redeem(QStringLiteral("bpwd"), request.json());
+    m_codes.redeem(CodePurpose::newPassword, request.json());
     m_store.setPassword(account.userId, hashPassword(password));
     return okAnswer(QJsonObject());
 }

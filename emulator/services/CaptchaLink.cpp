@@ -1,6 +1,6 @@
 #include "services/CaptchaLink.h"
 
-#include <QtCore/QRegularExpression>
+#include <QtCore/QUuid>
 
 namespace {
 
@@ -19,7 +19,6 @@ CaptchaLink CaptchaLink::parse(const QString &text)
 
 bool CaptchaLink::isCaptchaId(const QString &text)
 {
-    static const QRegularExpression form(QRegularExpression::anchoredPattern(
-        QStringLiteral("[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}")));
-    return form.match(text).hasMatch();
+    // Of all the forms that QUuid reads, the one that it writes.
+    return QUuid(text).toString(QUuid::WithoutBraces).compare(text, Qt::CaseInsensitive) == 0;
 }

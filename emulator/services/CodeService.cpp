@@ -14,14 +14,11 @@ namespace {
 
 constexpr int maximumWrongTries = 5;
 
-const QString registering = QStringLiteral("register");
-const QString supplying = QStringLiteral("supply");
-
 // A code proves an account, which is one owner under all its names, or a contact that is to become
 // part of one.
 bool provesContact(const QString &purpose)
 {
-    return purpose == registering || purpose == supplying;
+    return purpose == CodePurpose::registration || purpose == CodePurpose::information;
 }
 
 QString timeText(qint64 time)
@@ -31,8 +28,8 @@ QString timeText(qint64 time)
 
 void requireKnownPurpose(const QString &purpose)
 {
-    const QStringList known = {QStringLiteral("login"), QStringLiteral("bpwd"), registering,
-                               supplying};
+    const QStringList known = {CodePurpose::signIn, CodePurpose::newPassword,
+                               CodePurpose::registration, CodePurpose::information};
     if (!known.contains(purpose)) {
         throw Refusal(400,
                       QStringLiteral("field \"uuid\": no codes are sent for the purpose \"%1\";"
@@ -57,24 +54,27 @@ Answer CodeService::send(const Request &request)
     const QJsonObject body = request.json();
     const Fields fields(body);
     const CaptchaLink link = CaptchaLink::parse(fields.text(QStringLiteral("uuid")));
-    VerificationCode code = newCode(body, link);
+    VerificationCode verificationCode = newCode(body, link);
     if (!link.captchaId.isEmpty())
         requireKnownPurpose(link.purpose);
-    m_captchas.use(link, code.captcha, CaptchaUse::VerificationCode);
+    m_captchas.use(link, verificationCode.captcha, CaptchaUse::VerificationCode);
 
-    const std::optional<Account> account = m_store.find(code.userName, code.phoneArea);
+    const std::optional<Account> account =
+        m_store.find(verificationCode.userName, verificationCode.phoneArea);
     requireSendable(account, link.purpose);
-    code.owner = ownerOf(fields, code.purpose);
+    verificationCode.owner = ownerOf(fields, verificationCode.purpose);
     const std::optional<VerificationCode> latest =
-        m_challenges.latestCode(code.owner, code.purpose);
-    if (latest && code.sentAt < latest->sentAt + m_settings.codeIntervalSeconds() * 1000LL)
+        m_challenges.latestCode(verificationCode.owner, verificationCode.purpose);
+    if (latest &&
+        verificationCode.sentAt < latest->sentAt + m_settings.codeIntervalSeconds() * 1000LL)
         throw Denial(Denial::tooFrequent);
-    m_challenges.add(code);
+    m_challenges.add(verificationCode);
 
     Answer answer =
         okAnswer(QJsonObject{{QStringLiteral("expire"), m_settings.codeLifetimeSeconds()}});
     answer.consoleLine =
-        QStringLiteral("code %1 for %2, purpose %3").arg(code.code, code.userName, code.purpose);
+        QStringLiteral("code %1 for %2, purpose %3")
+            .arg(verificationCode.digits, verificationCode.userName, verificationCode.purpose);
     return answer;
 }
 
@@ -83,7 +83,7 @@ void CodeService::requireSendable(const std::optional<Account> &account,
 {
     if (account && account->locked)
         throw Denial(Denial::illegalErr);
-    if (account && purpose == registering)
+    if (account && purpose == CodePurpose::registration)
         throw Denial(Denial::existErr);
     if (!account && !provesContact(purpose))
         throw Denial(Denial::notExistErr);
@@ -101,18 +101,19 @@ QString CodeService::ownerOf(const Fields &body, const QString &purpose) const
 VerificationCode CodeService::newCode(const QJsonObject &body, const CaptchaLink &link) const
 {
     const Fields fields(body);
-    VerificationCode code;
-    code.purpose = link.purpose;
-    code.code = QStringLiteral("%1").arg(QRandomGenerator::system()->bounded(1000000), 6, 10,
-                                         QLatin1Char('0'));
-    code.captchaId = link.captchaId;
-    code.captcha = fields.text(QStringLiteral("captcha"));
-    code.userName = fields.text(QStringLiteral("username"));
-    code.phoneArea = fields.text(QStringLiteral("phoneArea"));
-    code.language = fields.text(QStringLiteral("lang"));
-    code.sentAt = QDateTime::currentMSecsSinceEpoch();
-    code.expiresAt = code.sentAt + m_settings.codeLifetimeSeconds() * 1000LL;
-    return code;
+    VerificationCode verificationCode;
+    verificationCode.purpose = link.purpose;
+    verificationCode.digits = QStringLiteral("%1").arg(QRandomGenerator::system()->bounded(1000000),
+                                                       6, 10, QLatin1Char('0'));
+    verificationCode.captchaId = link.captchaId;
+    verificationCode.captcha = fields.text(QStringLiteral("captcha"));
+    verificationCode.userName = fields.text(QStringLiteral("username"));
+    verificationCode.phoneArea = fields.text(QStringLiteral("phoneArea"));
+    verificationCode.language = fields.text(QStringLiteral("lang"));
+    verificationCode.sentAt = QDateTime::currentMSecsSinceEpoch();
+    verificationCode.expiresAt =
+        verificationCode.sentAt + m_settings.codeLifetimeSeconds() * 1000LL;
+    return verificationCode;
 }
 
 Answer CodeService::inbox(const Request &request) const
@@ -122,14 +123,14 @@ Answer CodeService::inbox(const Request &request) const
     const int waitMs = request.queryNumber(QStringLiteral("wait"), 0, 0, 10 * 60 * 1000);
     QJsonArray messages;
     const QVector<VerificationCode> codes = m_challenges.codesAfter(after);
-    for (const VerificationCode &code : codes) {
-        messages.append(QJsonObject{{QStringLiteral("id"), code.id},
-                                    {QStringLiteral("username"), code.userName},
-                                    {QStringLiteral("phoneArea"), code.phoneArea},
-                                    {QStringLiteral("purpose"), code.purpose},
-                                    {QStringLiteral("code"), code.code},
-                                    {QStringLiteral("lang"), code.language},
-                                    {QStringLiteral("time"), timeText(code.sentAt)}});
+    for (const VerificationCode &verificationCode : codes) {
+        messages.append(QJsonObject{{QStringLiteral("id"), verificationCode.id},
+                                    {QStringLiteral("username"), verificationCode.userName},
+                                    {QStringLiteral("phoneArea"), verificationCode.phoneArea},
+                                    {QStringLiteral("purpose"), verificationCode.purpose},
+                                    {QStringLiteral("code"), verificationCode.digits},
+                                    {QStringLiteral("lang"), verificationCode.language},
+                                    {QStringLiteral("time"), timeText(verificationCode.sentAt)}});
     }
     Answer answer = okAnswer(messages);
     if (messages.isEmpty())
@@ -145,20 +146,22 @@ void CodeService::redeem(const QString &purpose, const QJsonObject &body)
     const CaptchaLink link = CaptchaLink::parse(fields.text(QStringLiteral("uuid")));
     const QString captcha = fields.text(QStringLiteral("captcha"));
     const QString given = fields.text(QStringLiteral("validCode"));
-    const std::optional<VerificationCode> code =
+    const std::optional<VerificationCode> verificationCode =
         m_challenges.latestCode(ownerOf(fields, purpose), purpose);
-    if (!code)
+    if (!verificationCode)
         throw Denial(Denial::codeErr);
-    if (link.purpose != purpose || link.captchaId != code->captchaId ||
-        captcha.compare(code->captcha, Qt::CaseInsensitive) != 0) {
+    if (link.purpose != purpose || link.captchaId != verificationCode->captchaId ||
+        captcha.compare(verificationCode->captcha, Qt::CaseInsensitive) != 0) {
         throw Denial(Denial::captchaErr);
     }
-    if (code->spent || QDateTime::currentMSecsSinceEpoch() >= code->expiresAt)
+    if (verificationCode->spent ||
+        QDateTime::currentMSecsSinceEpoch() >= verificationCode->expiresAt)
         throw Denial(Denial::codeExpired);
-    if (code->wrongTries >= maximumWrongTries)
+    if (verificationCode->wrongTries >= maximumWrongTries)
         throw Denial(Denial::tooManyTries);
-    const bool right = given == code->code;
-    m_challenges.setCodeState(code->id, code->wrongTries + (right ? 0 : 1), right);
+    const bool right = given == verificationCode->digits;
+    m_challenges.setCodeState(verificationCode->id, verificationCode->wrongTries + (right ? 0 : 1),
+                              right);
     if (!right)
         throw Denial(Denial::codeErr);
 }

@@ -9,6 +9,14 @@
 #include "storage/Settings.h"
 #include "storage/Store.h"
 
+/// What a verification code can be for, as clients name it.
+namespace CodePurpose {
+inline const QString signIn = QStringLiteral("login");
+inline const QString newPassword = QStringLiteral("bpwd");
+inline const QString registration = QStringLiteral("register");
+inline const QString information = QStringLiteral("supply");
+} // namespace CodePurpose
+
 /// Sends verification codes, to an inbox that the developer reads and to the console, and takes
 /// them back.
 ///

@@ -77,22 +77,23 @@ const CountryService::Countries &CountryService::countries()
         const auto country = static_cast<QLocale::Country>(i);
         const QList<QLocale> locales =
             QLocale::matchingLocales(QLocale::AnyLanguage, QLocale::AnyScript, country);
-        const QString code =
+        const QString countryCode =
             locales.isEmpty() ? QString() : locales.first().name().section(QLatin1Char('_'), -1);
-        const auto known = codes.find(code);
+        const auto known = codes.find(countryCode);
         if (known == codes.end())
             continue;
         const QString name = QLocale::countryToString(country);
         const QLocale first(QLocale::AnyLanguage, country);
         const QString native = first.nativeCountryName();
         m_countries.insert(
-            code, QJsonObject{{idKey, known->id},
-                              {nameKey, name},
-                              {QStringLiteral("nativeName"), native.isEmpty() ? name : native},
-                              {QStringLiteral("code"), code},
-                              {QStringLiteral("phoneArea"), known->phoneArea},
-                              {QStringLiteral("languages"), languagesText(first, locales)},
-                              {QStringLiteral("timezones"), timeZonesText(country)}});
+            countryCode,
+            QJsonObject{{idKey, known->id},
+                        {nameKey, name},
+                        {QStringLiteral("nativeName"), native.isEmpty() ? name : native},
+                        {QStringLiteral("code"), countryCode},
+                        {QStringLiteral("phoneArea"), known->phoneArea},
+                        {QStringLiteral("languages"), languagesText(first, locales)},
+                        {QStringLiteral("timezones"), timeZonesText(country)}});
     }
     return m_countries;
 }
@@ -111,18 +112,18 @@ Answer CountryService::list()
 
 Answer CountryService::current()
 {
-    return okAnswer(countries().value(m_settings.country()).value(idKey));
+    return okAnswer(countries().value(m_settings.countryCode()).value(idKey));
 }
 
 Answer CountryService::setCurrent(const Request &request)
 {
     const Fields body(request.json());
-    const QString code = body.text(QStringLiteral("code"));
+    const QString countryCode = body.text(QStringLiteral("code"));
     body.allowOnly({QStringLiteral("code")});
-    if (!countries().contains(code)) {
+    if (!countries().contains(countryCode)) {
         throw Refusal(400, QStringLiteral("field \"code\" must be the code of a country, two"
                                           " capital letters like DE"));
     }
-    m_settings.setCountry(code);
+    m_settings.setCountry(countryCode);
     return okAnswer({});
 }

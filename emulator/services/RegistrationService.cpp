@@ -60,7 +60,7 @@ Answer RegistrationService::registerUser(const Request &request)
         throw Denial(Denial::existErr);
     if (password.size() < minimumPasswordLength)
         throw Denial(Denial::pwdTooShort); // the code can still be used
-    m_codes.redeem(QStringLiteral("register"), request.json());
+    m_codes.redeem(CodePurpose::registration, request.json());
     const QString userId = QString::number(m_store.add(account));
     return okAnswer(QJsonObject{{QStringLiteral("user_id"), userId}});
 }
@@ -81,7 +81,7 @@ Answer RegistrationService::supplyInfo(const Request &request)
         const std::optional<Account> owner = m_store.find(contact->name, contact->phoneArea);
         if (owner && owner->userId != account->userId)
             throw Denial(Denial::existErr);
-        m_codes.redeem(QStringLiteral("supply"), request.json());
+        m_codes.redeem(CodePurpose::information, request.json());
         setContact(*account, *contact);
     }
     for (auto it = company.begin(); it != company.end(); ++it)

@@ -4,27 +4,25 @@ namespace {
 
 constexpr int maximumCodes = 1000;
 
-const QString selectCode = QStringLiteral(
-    "SELECT id, owner, purpose, code, user_name, phone_area, language, captcha_id, captcha,"
-    " sent_at, expires_at, wrong_tries, spent FROM code ");
+const QString selectCode = QStringLiteral("SELECT * FROM code ");
 
 VerificationCode readCode(const QSqlQuery &row)
 {
-    VerificationCode code;
-    code.id = row.value(0).toLongLong();
-    code.owner = row.value(1).toString();
-    code.purpose = row.value(2).toString();
-    code.code = row.value(3).toString();
-    code.userName = row.value(4).toString();
-    code.phoneArea = row.value(5).toString();
-    code.language = row.value(6).toString();
-    code.captchaId = row.value(7).toString();
-    code.captcha = row.value(8).toString();
-    code.sentAt = row.value(9).toLongLong();
-    code.expiresAt = row.value(10).toLongLong();
-    code.wrongTries = row.value(11).toInt();
-    code.spent = row.value(12).toBool();
-    return code;
+    VerificationCode read;
+    read.id = row.value(QStringLiteral("id")).toLongLong();
+    read.owner = textOf(row, "owner");
+    read.purpose = textOf(row, "purpose");
+    read.digits = textOf(row, "code");
+    read.userName = textOf(row, "user_name");
+    read.phoneArea = textOf(row, "phone_area");
+    read.language = textOf(row, "language");
+    read.captchaId = textOf(row, "captcha_id");
+    read.captcha = textOf(row, "captcha");
+    read.sentAt = row.value(QStringLiteral("sent_at")).toLongLong();
+    read.expiresAt = row.value(QStringLiteral("expires_at")).toLongLong();
+    read.wrongTries = row.value(QStringLiteral("wrong_tries")).toInt();
+    read.spent = row.value(QStringLiteral("spent")).toBool();
+    return read;
 }
 
 } // namespace
@@ -53,13 +51,16 @@ void Challenges::put(const Captcha &captcha)
 
 std::optional<Captcha> Challenges::captcha(const QString &id) const
 {
-    QSqlQuery row = m_database.run(
-        QStringLiteral("SELECT id, purpose, answer, expires_at, uses FROM captcha WHERE id = ?"),
-        {id});
+    QSqlQuery row = m_database.run(QStringLiteral("SELECT * FROM captcha WHERE id = ?"), {id});
     if (!row.next())
         return std::nullopt;
-    return Captcha{row.value(0).toString(), row.value(1).toString(), row.value(2).toString(),
-                   row.value(3).toLongLong(), row.value(4).toInt()};
+    Captcha captcha;
+    captcha.id = textOf(row, "id");
+    captcha.purpose = textOf(row, "purpose");
+    captcha.answer = textOf(row, "answer");
+    captcha.expiresAt = row.value(QStringLiteral("expires_at")).toLongLong();
+    captcha.uses = row.value(QStringLiteral("uses")).toInt();
+    return captcha;
 }
 
 void Challenges::removeCaptcha(const QString &id)
@@ -72,13 +73,13 @@ void Challenges::removeCaptchasExpiredBefore(qint64 time)
     m_database.run(QStringLiteral("DELETE FROM captcha WHERE expires_at < ?"), {time});
 }
 
-void Challenges::add(const VerificationCode &code)
+void Challenges::add(const VerificationCode &sent)
 {
     QSqlQuery added = m_database.run(
         QStringLiteral("INSERT INTO code (owner, purpose, code, user_name, phone_area, language,"
                        " captcha_id, captcha, sent_at, expires_at) VALUES (?,?,?,?,?,?,?,?,?,?)"),
-        {code.owner, code.purpose, code.code, code.userName, code.phoneArea, code.language,
-         code.captchaId, code.captcha, code.sentAt, code.expiresAt});
+        {sent.owner, sent.purpose, sent.digits, sent.userName, sent.phoneArea, sent.language,
+         sent.captchaId, sent.captcha, sent.sentAt, sent.expiresAt});
     m_database.run(QStringLiteral("DELETE FROM code WHERE id <= ?"),
                    {added.lastInsertId().toLongLong() - maximumCodes});
 }

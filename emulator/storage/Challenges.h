@@ -23,7 +23,7 @@ struct VerificationCode
     qint64 id = 0; ///< given when it is added, ever increasing
     QString owner; ///< whom the code serves; of one owner and purpose only the latest is good
     QString purpose;
-    QString code;
+    QString digits;
     QString userName; ///< as the client gave it, and so the phone area
     QString phoneArea;
     QString language;
@@ -53,7 +53,7 @@ public:
     void removeCaptchasExpiredBefore(qint64 time);
 
     /// Adds a code, whose number is ignored, and drops the oldest over 1000.
-    void add(const VerificationCode &code);
+    void add(const VerificationCode &sent);
     std::optional<VerificationCode> latestCode(const QString &owner, const QString &purpose) const;
     QVector<VerificationCode> codesAfter(qint64 id) const; ///< the oldest first
     void setCodeState(qint64 id, int wrongTries, bool spent);

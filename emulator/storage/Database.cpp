@@ -130,6 +130,11 @@ void Database::open(const QString &path)
     run(QStringLiteral("PRAGMA synchronous=FULL"));
 }
 
+QString textOf(const QSqlQuery &row, const char *column)
+{
+    return row.value(QLatin1String(column)).toString();
+}
+
 Transaction::Transaction(const Database &database) : m_database(database)
 {
     m_database.run(QStringLiteral("BEGIN"));

@@ -45,6 +45,9 @@ private:
     QSqlDatabase m_database;
 };
 
+/// The text in a column of a query's row.
+QString textOf(const QSqlQuery &row, const char *column);
+
 /// The changes from its construction to commit(), of which without commit() none remains.
 class Transaction
 {

@@ -6,7 +6,7 @@ namespace {
 
 const QString lifetime = QStringLiteral("codeLifetimeSeconds");
 const QString interval = QStringLiteral("codeIntervalSeconds");
-const QString countryName = QStringLiteral("country");
+const QString countryKey = QStringLiteral("country");
 constexpr int oneDay = 24 * 60 * 60;
 
 } // namespace
@@ -26,9 +26,9 @@ int Settings::codeIntervalSeconds() const
     return value(interval, QStringLiteral("60")).toInt();
 }
 
-QString Settings::country() const
+QString Settings::countryCode() const
 {
-    return value(countryName, QStringLiteral("CN"));
+    return value(countryKey, QStringLiteral("CN"));
 }
 
 QJsonObject Settings::toJson() const
@@ -47,16 +47,16 @@ void Settings::change(const QJsonObject &object)
     }
 }
 
-void Settings::setCountry(const QString &code)
+void Settings::setCountry(const QString &countryCode)
 {
-    setValue(countryName, code);
+    setValue(countryKey, countryCode);
 }
 
 QString Settings::value(const QString &name, const QString &fallback) const
 {
     QSqlQuery query =
         m_database.run(QStringLiteral("SELECT value FROM setting WHERE name = ?"), {name});
-    return query.next() ? query.value(0).toString() : fallback;
+    return query.next() ? textOf(query, "value") : fallback;
 }
 
 void Settings::setValue(const QString &name, const QString &value)

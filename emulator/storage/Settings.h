@@ -16,13 +16,13 @@ public:
 
     int codeLifetimeSeconds() const; ///< of a verification code; 0: it is expired when it is sent
     int codeIntervalSeconds() const; ///< between two codes for the same user and purpose
-    QString country() const;         ///< two-letter code of the country that callers are in
+    QString countryCode() const;     ///< two letters: the country that callers are in
 
     QJsonObject toJson() const;
     /// Changes the settings that the object names. Throws Refusal for an unknown one or a value out
     /// of range.
     void change(const QJsonObject &object);
-    void setCountry(const QString &code);
+    void setCountry(const QString &countryCode);
 
 private:
     QString value(const QString &name, const QString &fallback) const;

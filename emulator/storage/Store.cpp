@@ -30,24 +30,22 @@ QStringList schema()
            Challenges::schema() + Settings::schema();
 }
 
-const QString selectAccount = QStringLiteral(
-    "SELECT account.user_id, user_name, password, email, phone, phone_area, locked, note, profile,"
-    " previous_login_at, previous_login_ip FROM account ");
+const QString selectAccount = QStringLiteral("SELECT account.* FROM account ");
 
 Account readAccount(const QSqlQuery &row)
 {
     Account account;
-    account.userId = row.value(0).toLongLong();
-    account.userName = row.value(1).toString();
-    account.passwordHash = row.value(2).toString();
-    account.email = row.value(3).toString();
-    account.phone = row.value(4).toString();
-    account.phoneArea = row.value(5).toString();
-    account.locked = row.value(6).toBool();
-    account.note = row.value(7).toString();
-    account.profile = QJsonDocument::fromJson(row.value(8).toString().toUtf8()).object();
-    account.previousLoginAt = row.value(9).toString();
-    account.previousLoginIp = row.value(10).toString();
+    account.userId = row.value(QStringLiteral("user_id")).toLongLong();
+    account.userName = textOf(row, "user_name");
+    account.passwordHash = textOf(row, "password");
+    account.email = textOf(row, "email");
+    account.phone = textOf(row, "phone");
+    account.phoneArea = textOf(row, "phone_area");
+    account.locked = row.value(QStringLiteral("locked")).toBool();
+    account.note = textOf(row, "note");
+    account.profile = QJsonDocument::fromJson(textOf(row, "profile").toUtf8()).object();
+    account.previousLoginAt = textOf(row, "previous_login_at");
+    account.previousLoginIp = textOf(row, "previous_login_ip");
     return account;
 }
 
