@@ -70,6 +70,19 @@ QString withValues(const QString &source, const QMap<QString, QString> &values)
     return result + source.midRef(end);
 }
 
+// What a page says about a word of the service or of its own script, and the field it is about.
+void addSentence(QMap<QString, QString> &texts, const QString &key, const QString &text,
+                 const QString &field)
+{
+    const QLatin1String prefix("error.");
+    if (!key.startsWith(prefix))
+        return;
+    const QString attribute =
+        field.isEmpty() ? QString() : QStringLiteral(" data-field=\"%1\"").arg(field);
+    texts[QStringLiteral("sentences")] += QStringLiteral("<p data-word=\"%1\"%2>%3</p>\n")
+                                              .arg(key.mid(prefix.size()), attribute, text);
+}
+
 // Nothing from elsewhere, nothing kept, and no address of a page, whose query may name its user,
 // told to others.
 void addSecurityHeaders(Answer &answer)
@@ -90,8 +103,11 @@ WebPages::WebPages()
         readFile(QStringLiteral("texts.tsv")).split(QLatin1Char('\n'), Qt::SkipEmptyParts).mid(1);
     for (const QString &line : lines) {
         const QStringList columns = line.split(QLatin1Char('\t'));
-        for (const Language language : {English, Chinese})
-            m_texts[language].insert(columns.value(0), columns.value(1 + language).toHtmlEscaped());
+        for (const Language language : {English, Chinese}) {
+            const QString text = columns.value(1 + language).toHtmlEscaped();
+            m_texts[language].insert(columns.value(0), text);
+            addSentence(m_texts[language], columns.value(0), text, columns.value(3));
+        }
     }
 }
 
@@ -108,13 +124,14 @@ Answer WebPages::answer(const Request &request) const
                                                                  : "text/css; charset=utf-8";
         return answer;
     }
-    answer.body = page(readFile(name + QLatin1String(".html")), request).toUtf8();
+    answer.body = page(name, request).toUtf8();
     answer.contentType = "text/html; charset=utf-8";
     return answer;
 }
 
-QString WebPages::page(const QString &source, const Request &request) const
+QString WebPages::page(const QString &name, const Request &request) const
 {
+    const QString source = readFile(name + QLatin1String(".html"));
     const Language language = languageOf(request);
     const bool chinese = language == Chinese;
     const QString otherLanguage = chinese ? QStringLiteral("en") : QStringLiteral("zh-cn");
@@ -124,6 +141,11 @@ QString WebPages::page(const QString &source, const Request &request) const
                   chinese ? QStringLiteral("en") : QStringLiteral("zh-CN"));
     values.insert(QStringLiteral("other-query"),
                   queryWithLanguage(request, otherLanguage).toHtmlEscaped());
+    values.insert(QStringLiteral("page"), name);
+    for (const char *part : {".title", ".submit", ".done", ".untold"}) {
+        const QLatin1String ending(part);
+        values.insert(QLatin1String("page") + ending, values.value(name + ending));
+    }
     values.insert(QStringLiteral("privacy"),
                   privacyText(request.query.value(QStringLiteral("oem")), chinese));
     return withValues(withParts(source), values);

@@ -13,7 +13,8 @@
 /// A page is one file for all languages, :/web/{page}.html. In it {{>name}} stands for the file
 /// :/web/parts/{name}.html and {{key}} for the text with this key in :/web/texts.tsv, in the
 /// language of the query value lang or else of the Accept-Language header: Chinese if that begins
-/// with "zh", otherwise English.
+/// with "zh", otherwise English. In parts, {{page}} is the page's name, {{page.title}} its title
+/// and so on; {{sentences}} are all the texts about errors, each with its word and its field.
 class WebPages
 {
 public:
@@ -23,7 +24,7 @@ public:
     Answer answer(const Request &request) const;
 
 private:
-    QString page(const QString &source, const Request &request) const;
+    QString page(const QString &name, const Request &request) const;
 
     QMap<QString, QString> m_texts[2]; ///< by key, English and Chinese
 };
