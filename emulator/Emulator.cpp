@@ -15,9 +15,8 @@
 
 namespace {
 
-// A web page in the developer's browser can send requests here, and by a name that it lets resolve
-// to the loopback address it could even read the answers. Browsers give such pages away in these
-// headers.
+// Any web page in the developer's browser can send requests here, and read the answers when its
+// host name is made to resolve to the loopback address. These headers tell where a page is from.
 void requireLocalCaller(const Request &request)
 {
     const QStringList hosts = request.headerValues(QStringLiteral("Host"));

@@ -15,7 +15,7 @@
 #include "web/WebPages.h"
 
 /// The account cloud: finds the function that answers a request, under /v1 for the account API,
-/// under /web/ for its pages and under /_dev/ for the developer who watches and disturbs the API.
+/// under /web/ for its pages and under /_dev/ for the developer's calls.
 ///
 /// Used from the store's thread. Every request gets an answer, a bad one an HTTP status of 400 or
 /// above and a sentence. What a request changes is one transaction, on the disk before the answer.

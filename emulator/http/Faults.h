@@ -19,7 +19,7 @@ struct Fault
     QJsonObject description;      ///< as it was asked for
 };
 
-/// The faults a developer has asked for, in the order in which he did.
+/// The faults a developer has asked for, the oldest first.
 class Faults
 {
 public:

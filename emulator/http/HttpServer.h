@@ -27,10 +27,9 @@ struct Response;
 ///
 /// Requests are read and answers delivered on worker threads, so that a slow delivery holds up
 /// nobody else. The handler that makes the answers runs on the thread of this object, one request
-/// after the other, from its event loop. A handler that throws is answered with HTTP 500; long
-/// polling is as Answer tells. To end well, stop() and wait for
-/// stopped(); the destructor ends a running service with what still waits for the handler
-/// unanswered.
+/// after the other, from its event loop; for long polling, see Answer. A handler that throws is
+/// answered with HTTP 500. stop() and stopped() end the service; the destructor, too, but without
+/// answers to the requests that still wait for the handler.
 class HttpServer : public QObject
 {
     Q_OBJECT

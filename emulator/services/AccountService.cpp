@@ -109,8 +109,8 @@ std::optional<Account> AccountService::authenticate(const QString &name, const Q
     return matches ? account : std::nullopt;
 }
 
-// For who comes with a code. Codes are sent only to whom a solved captcha told that he is known, so
-// the words give nothing away that he could not ask.
+// The account of a request with a verification code. Unlike a sign-in with a password, it may say
+// which accounts exist: a solved captcha, without which no code is sent, tells that too.
 Account AccountService::findOpen(const QString &name, const QString &phoneArea) const
 {
     const std::optional<Account> account = m_store.find(name, phoneArea);

@@ -6,7 +6,7 @@
 #include "services/CodeService.h"
 #include "storage/Store.h"
 
-/// The rules of the account service: who may sign in, and what a session may ask.
+/// Signs in, resets passwords, and answers what a session may ask.
 ///
 /// Used from the store's thread. Each operation answers one API request: ok with the result, Denial
 /// with a word for the client, or Refusal when the request breaks the protocol.

@@ -14,9 +14,9 @@ namespace {
 
 constexpr int maximumWrongTries = 5;
 
-// A code proves an account, which is one owner under all its names, or a contact that is to become
-// part of one.
-bool provesContact(const QString &purpose)
+// For these purposes a code belongs to the contact that an account is to get, for the others to an
+// account, whichever of its names the client gives.
+bool belongsToContact(const QString &purpose)
 {
     return purpose == CodePurpose::registration || purpose == CodePurpose::information;
 }
@@ -85,13 +85,13 @@ void CodeService::requireSendable(const std::optional<Account> &account,
         throw Denial(Denial::illegalErr);
     if (account && purpose == CodePurpose::registration)
         throw Denial(Denial::existErr);
-    if (!account && !provesContact(purpose))
+    if (!account && !belongsToContact(purpose))
         throw Denial(Denial::notExistErr);
 }
 
 QString CodeService::ownerOf(const Fields &body, const QString &purpose) const
 {
-    if (provesContact(purpose))
+    if (belongsToContact(purpose))
         return Contact::read(body).key();
     const std::optional<Account> account =
         m_store.find(body.text(QStringLiteral("username")), body.text(QStringLiteral("phoneArea")));
@@ -138,7 +138,7 @@ Answer CodeService::inbox(const Request &request) const
     return answer;
 }
 
-// The order matters: who does not hold the captcha learns nothing about the code and cannot use up
+// The order matters: a client without the captcha learns nothing about the code and cannot use up
 // its tries.
 void CodeService::redeem(const QString &purpose, const QJsonObject &body)
 {

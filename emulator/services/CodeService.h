@@ -17,11 +17,11 @@ inline const QString registration = QStringLiteral("register");
 inline const QString information = QStringLiteral("supply");
 } // namespace CodePurpose
 
-/// Sends verification codes, to an inbox that the developer reads and to the console, and takes
-/// them back.
+/// Sends verification codes, to an inbox that the developer reads and to standard output, and
+/// checks them when a client sends them back.
 ///
-/// Used from the store's thread. A code serves one user for one purpose, once, for a while, and
-/// goes with the captcha that it was sent for: the client has to send the same one again.
+/// Used from the store's thread. A code is good for one user and one purpose, once, for a while,
+/// and only together with the captcha that it was sent for.
 class CodeService
 {
 public:

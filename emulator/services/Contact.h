@@ -10,11 +10,11 @@ struct Contact
     QString name;
     QString phoneArea; ///< empty for an e-mail address
 
-    /// From {"username","phoneArea"}: a name with "@" is an e-mail address, whose phone area is of
-    /// no matter. Throws Refusal for a name that is neither.
+    /// From {"username","phoneArea"}: a name with "@" is an e-mail address, whose phone area is
+    /// ignored. Throws Refusal for a name that is neither.
     static Contact read(const Fields &body);
 
     bool isPhone() const { return !phoneArea.isEmpty(); }
-    /// The same for one contact alone, however its request was written.
+    /// Differs between any two contacts.
     QString key() const { return phoneArea + QLatin1Char(' ') + name; }
 };

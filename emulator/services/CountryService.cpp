@@ -38,7 +38,7 @@ QMap<QString, Codes> readCodes()
     return codes;
 }
 
-// Clients expect lists inside of texts here.
+// Clients expect a list as the text of a JSON array here.
 QString listText(const QJsonArray &list)
 {
     return QString::fromUtf8(QJsonDocument(list).toJson(QJsonDocument::Compact));

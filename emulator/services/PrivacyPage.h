@@ -7,7 +7,7 @@
 ///
 /// The path ends in "/{oem}/{language}/{target}/{type}". The oem, which may itself hold slashes,
 /// stands in the page. Languages that contain "zh-cn" get Chinese, all others English. The one
-/// target is "privacy"; the type is of no matter, clients send a literal "%4" for it.
+/// target is "privacy"; the type is ignored, clients send a literal "%4" for it.
 Answer privacyPage(const Request &request);
 
 /// What stands in the body of that page.

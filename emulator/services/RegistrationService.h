@@ -5,10 +5,11 @@
 #include "services/CodeService.h"
 #include "storage/Store.h"
 
-/// The rules by which accounts come to be and learn more about their owner.
+/// Creates accounts and adds information to them.
 ///
-/// Used from the store's thread. An e-mail address or a phone number is believed to whom a code
-/// sent there comes back from. Each operation answers one API request like those of AccountService.
+/// Used from the store's thread. A client that sends back the verification code is taken for the
+/// owner of the e-mail address or phone number that the code went to. Each operation answers one
+/// API request like those of AccountService.
 class RegistrationService
 {
 public:

@@ -21,7 +21,7 @@ struct Captcha
 struct VerificationCode
 {
     qint64 id = 0; ///< given when it is added, ever increasing
-    QString owner; ///< whom the code serves; of one owner and purpose only the latest is good
+    QString owner; ///< see CodeService; of one owner and purpose only the latest is good
     QString purpose;
     QString digits;
     QString userName; ///< as the client gave it, and so the phone area

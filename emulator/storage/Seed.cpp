@@ -91,7 +91,7 @@ Seed::Entry Seed::readEntry(const QJsonObject &object)
     return entry;
 }
 
-// Who signs in with a name must be one account, whichever of its names he uses.
+// A name to sign in with must lead to one account.
 void Seed::requireDistinctNames() const
 {
     const Account &newest = m_entries.back().account;

@@ -99,8 +99,13 @@ Store::Store(const QString &path, const std::function<Accounts()> &firstAccounts
 
 void Store::reset(const Accounts &accounts)
 {
-    for (const char *table : {"session", "account", "captcha", "code", "setting"})
-        m_database.run(QLatin1String("DELETE FROM ") + QLatin1String(table));
+    QStringList tables;
+    QSqlQuery names = m_database.run(QStringLiteral(
+        "SELECT name FROM sqlite_master WHERE type = 'table' AND name NOT LIKE 'sqlite_%'"));
+    while (names.next())
+        tables.append(textOf(names, "name"));
+    for (const QString &table : qAsConst(tables))
+        m_database.run(QStringLiteral("DELETE FROM ") + table);
     insertAccounts(m_database, accounts);
 }
 

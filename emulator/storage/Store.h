@@ -28,8 +28,8 @@ struct Account
     QString previousLoginIp;
 };
 
-/// What the emulator remembers: accounts and sessions here, and the data file for those who keep
-/// other things in it. With Challenges and Settings the one place that knows SQL.
+/// Accounts and sessions in the data file, which Challenges and Settings share. These three are the
+/// only ones that know SQL.
 ///
 /// Used from the thread that constructed it. A change lasts when the transaction around it is
 /// committed. Every operation throws StoreError when the file fails it.

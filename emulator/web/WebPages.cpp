@@ -83,8 +83,8 @@ void addSentence(QMap<QString, QString> &texts, const QString &key, const QStrin
                                               .arg(key.mid(prefix.size()), attribute, text);
 }
 
-// Nothing from elsewhere, nothing kept, and no address of a page, whose query may name its user,
-// told to others.
+// A page loads nothing from other origins, is not cached, and does not pass on its own address,
+// whose query may name the user.
 void addSecurityHeaders(Answer &answer)
 {
     answer.headers = {{"Content-Security-Policy",
