@@ -40,12 +40,13 @@ bool isOurs(const QString &path)
                Database::applicationId;
 }
 
+// Zeros are the start of a journal that SQLite has not finished.
 bool isLog(const QString &path)
 {
-    const QByteArray start = firstBytes(path, 4);
-    return start.isEmpty() || start == QByteArrayLiteral("\x37\x7f\x06\x82") ||
-           start == QByteArrayLiteral("\x37\x7f\x06\x83") ||
-           start == QByteArrayLiteral("\xd9\xd5\x05\xf9");
+    static const QList<QByteArray> starts = {
+        QByteArrayLiteral(""), QByteArrayLiteral("\0\0\0\0"), QByteArrayLiteral("\x37\x7f\x06\x82"),
+        QByteArrayLiteral("\x37\x7f\x06\x83"), QByteArrayLiteral("\xd9\xd5\x05\xf9")};
+    return starts.contains(firstBytes(path, 4));
 }
 
 // The logs that a killed process has left.
