@@ -1,7 +1,9 @@
 #include "Emulator.h"
 
-#include "Loopback.h"
-#include "PrivacyPage.h"
+#include "http/Loopback.h"
+#include "http/Refusal.h"
+#include "services/Denial.h"
+#include "services/PrivacyPage.h"
 
 #include <QtCore/QDateTime>
 #include <QtCore/QJsonArray>
@@ -13,13 +15,8 @@
 
 namespace {
 
-const QString get = QStringLiteral("GET");
-const QString post = QStringLiteral("POST");
-const QString del = QStringLiteral("DELETE");
-
-// A web page in the developer's browser can send requests here, and by a name that it lets resolve
-// to the loopback address it could even read the answers. Browsers give such pages away in these
-// headers.
+// Any web page in the developer's browser can send requests here, and read the answers when its
+// host name is made to resolve to the loopback address. These headers tell where a page is from.
 void requireLocalCaller(const Request &request)
 {
     const QStringList hosts = request.headerValues(QStringLiteral("Host"));
@@ -30,29 +27,6 @@ void requireLocalCaller(const Request &request)
         if (!isLoopbackAuthority(QUrl(origin).authority()))
             throw Refusal(403, QStringLiteral("the Origin header names a foreign web page"));
     }
-}
-
-bool matches(const QString &routePath, const QString &path)
-{
-    return routePath.endsWith(QLatin1Char('/')) ? path.startsWith(routePath) : path == routePath;
-}
-
-// The route of a request; throws the refusal if there is none.
-template <typename Routes>
-const typename Routes::value_type &findRoute(const Routes &routes, const Request &request)
-{
-    QStringList methods;
-    for (const auto &route : routes) {
-        if (matches(route.path, request.path)) {
-            if (route.method == request.method)
-                return route;
-            methods.append(route.method);
-        }
-    }
-    if (methods.isEmpty())
-        throw Refusal(404, QStringLiteral("there is nothing at %1").arg(request.path));
-    throw Refusal(405, QStringLiteral("%1 answers %2, not %3")
-                           .arg(request.path, methods.join(QStringLiteral(", ")), request.method));
 }
 
 void printLine(const QString &line)
@@ -76,52 +50,45 @@ Emulator::Emulator(Store &store, const Seed &seed)
     , m_accounts(store, m_captchas, m_codes)
     , m_registrations(store, m_codes)
     , m_countries(m_settings)
-    , m_apiRoutes(apiRoutes())
-    , m_developerRoutes(developerRoutes())
-    , m_webRoutes(webRoutes())
+    , m_api(QStringLiteral("/v1"))
+    , m_developer(QStringLiteral("/_dev/"))
+    , m_web(QStringLiteral("/web/"))
 {
-    QStringList names;
-    for (const Route &route : m_apiRoutes)
-        names.append(route.name);
-    m_faults.setRequestNames(names);
+    addApiRoutes();
+    addDeveloperRoutes();
+    m_web.add("GET", "", [this](auto &r) { return m_pages.answer(r); });
+    m_faults.setRequestNames(m_api.names());
 }
 
-std::vector<Emulator::Route> Emulator::apiRoutes()
+void Emulator::addApiRoutes()
 {
-    const auto route = [](const char *name, const QString &method, const char *path,
-                          auto function) {
-        return Route{QString::fromLatin1(name), method, QLatin1String("/v1") + QLatin1String(path),
-                     std::move(function)};
+    const auto get = [this](const char *name, const char *path, auto function) {
+        m_api.add("GET", path, function, name);
     };
-    return {
-        route("status", get, "/status", [this](auto &) { return status(); }),
-        route("userLogin", post, "/user/login", [this](auto &r) { return m_accounts.logIn(r); }),
-        route("getPassInfo", post, "/user/info", [this](auto &r) { return m_accounts.profile(r); }),
-        route("captcha", get, "/captcha/", [this](auto &r) { return m_captchas.draw(r); }),
-        route("userInfoValid", post, "/user/code", [this](auto &r) { return m_codes.send(r); }),
-        route("userCodeLogin", post, "/user/code-login",
-              [this](auto &r) { return m_accounts.logInByCode(r); }),
-        route("userExistCheck", post, "/user/exists",
-              [this](auto &r) { return m_accounts.checkExistence(r); }),
-        route("rbpwd", post, "/user/reset-password",
-              [this](auto &r) { return m_accounts.resetPassword(r); }),
-        route("registerUser", post, "/user/register",
-              [this](auto &r) { return m_registrations.registerUser(r); }),
-        route("supplyInfo", post, "/user/supply",
-              [this](auto &r) { return m_registrations.supplyInfo(r); }),
-        route("fetchCountries", get, "/countries", [this](auto &) { return m_countries.list(); }),
-        route("ipCountry", get, "/ip-country", [this](auto &) { return m_countries.current(); }),
-        route("getOEMPrivacyColorInfoByType", get, "/privacy/",
-              [](auto &r) { return privacyPage(r); }),
+    const auto post = [this](const char *name, const char *path, auto function) {
+        m_api.add("POST", path, function, name);
     };
+    get("status", "/status", [this](auto &) { return status(); });
+    post("userLogin", "/user/login", [this](auto &r) { return m_accounts.logIn(r); });
+    post("getPassInfo", "/user/info", [this](auto &r) { return m_accounts.profile(r); });
+    get("captcha", "/captcha/", [this](auto &r) { return m_captchas.draw(r); });
+    post("userInfoValid", "/user/code", [this](auto &r) { return m_codes.send(r); });
+    post("userCodeLogin", "/user/code-login",
+         [this](auto &r) { return m_accounts.logInByCode(r); });
+    post("userExistCheck", "/user/exists",
+         [this](auto &r) { return m_accounts.checkExistence(r); });
+    post("rbpwd", "/user/reset-password", [this](auto &r) { return m_accounts.resetPassword(r); });
+    post("registerUser", "/user/register",
+         [this](auto &r) { return m_registrations.registerUser(r); });
+    post("supplyInfo", "/user/supply", [this](auto &r) { return m_registrations.supplyInfo(r); });
+    get("fetchCountries", "/countries", [this](auto &) { return m_countries.list(); });
+    get("ipCountry", "/ip-country", [this](auto &) { return m_countries.current(); });
+    get("getOEMPrivacyColorInfoByType", "/privacy/", [](auto &r) { return privacyPage(r); });
 }
 
-std::vector<Emulator::Route> Emulator::developerRoutes()
+void Emulator::addDeveloperRoutes()
 {
-    const auto route = [](const QString &method, const char *path, auto function) {
-        return Route{{}, method, QLatin1String("/_dev") + QLatin1String(path), std::move(function)};
-    };
-    const auto forget = [this](auto &) {
+    const auto forgetRequests = [this](auto &) {
         m_log.clear();
         return okAnswer({});
     };
@@ -129,24 +96,17 @@ std::vector<Emulator::Route> Emulator::developerRoutes()
         m_faults.clear();
         return okAnswer({});
     };
-    return {
-        route(get, "/requests", [this](auto &) { return okAnswer(m_log.toJson()); }),
-        route(del, "/requests", forget),
-        route(get, "/faults", [this](auto &) { return okAnswer(m_faults.toJson()); }),
-        route(post, "/faults", [this](auto &r) { return addFault(r); }),
-        route(del, "/faults", clearFaults),
-        route(get, "/captcha/", [this](auto &r) { return m_captchas.show(r); }),
-        route(get, "/inbox", [this](auto &r) { return m_codes.inbox(r); }),
-        route(get, "/settings", [this](auto &) { return okAnswer(m_settings.toJson()); }),
-        route(post, "/settings", [this](auto &r) { return changeSettings(r); }),
-        route(post, "/ip-country", [this](auto &r) { return m_countries.setCurrent(r); }),
-        route(post, "/reset", [this](auto &) { return reset(); }),
-    };
-}
-
-std::vector<Emulator::Route> Emulator::webRoutes()
-{
-    return {Route{{}, get, QStringLiteral("/web/"), [this](auto &r) { return m_pages.answer(r); }}};
+    m_developer.add("GET", "requests", [this](auto &) { return okAnswer(m_log.toJson()); });
+    m_developer.add("DELETE", "requests", forgetRequests);
+    m_developer.add("GET", "faults", [this](auto &) { return okAnswer(m_faults.toJson()); });
+    m_developer.add("POST", "faults", [this](auto &r) { return addFault(r); });
+    m_developer.add("DELETE", "faults", clearFaults);
+    m_developer.add("GET", "captcha/", [this](auto &r) { return m_captchas.show(r); });
+    m_developer.add("GET", "inbox", [this](auto &r) { return m_codes.inbox(r); });
+    m_developer.add("GET", "settings", [this](auto &) { return okAnswer(m_settings.toJson()); });
+    m_developer.add("POST", "settings", [this](auto &r) { return changeSettings(r); });
+    m_developer.add("POST", "ip-country", [this](auto &r) { return m_countries.setCurrent(r); });
+    m_developer.add("POST", "reset", [this](auto &) { return reset(); });
 }
 
 Answer Emulator::answer(const Request &request)
@@ -159,7 +119,7 @@ Answer Emulator::answer(const Request &request)
         printLine(answer.consoleLine);
         return answer;
     } catch (const Refusal &refusal) {
-        return failAnswer(refusal.text(), refusal.code());
+        return failAnswer(refusal.text(), refusal.httpStatus());
     } catch (const StoreError &error) {
         return failAnswer(QString::fromUtf8(error.what()), 500);
     }
@@ -167,10 +127,10 @@ Answer Emulator::answer(const Request &request)
 
 Answer Emulator::answerByPath(const Request &request)
 {
-    if (request.path.startsWith(QLatin1String("/_dev/")))
-        return findRoute(m_developerRoutes, request).function(request);
-    if (request.path.startsWith(QLatin1String("/web/")))
-        return findRoute(m_webRoutes, request).function(request);
+    for (const Router *router : {&m_developer, &m_web}) {
+        if (router->isFor(request))
+            return router->find(request).function(request);
+    }
     return answerApi(request);
 }
 
@@ -186,7 +146,7 @@ Answer Emulator::answerByRules(const Route &route, const Request &request)
 Answer Emulator::answerApi(const Request &request)
 {
     RequestLog::Entry &entry = m_log.add(request);
-    const Route &route = findRoute(m_apiRoutes, request);
+    const Route &route = m_api.find(request);
     entry.name = route.name;
     const std::optional<Fault> fault = m_faults.take(route.name);
     Answer answer = fault && fault->answer ? *fault->answer : answerByRules(route, request);

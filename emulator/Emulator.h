@@ -1,26 +1,23 @@
 #pragma once
 
-#include "AccountService.h"
-#include "CaptchaService.h"
-#include "Challenges.h"
-#include "CodeService.h"
-#include "CountryService.h"
-#include "Faults.h"
-#include "Message.h"
-#include "RegistrationService.h"
-#include "RequestLog.h"
-#include "Seed.h"
-#include "Settings.h"
-#include "Store.h"
-#include "WebPages.h"
-
-#include <functional>
-#include <vector>
+#include "http/Faults.h"
+#include "http/RequestLog.h"
+#include "http/Router.h"
+#include "services/AccountService.h"
+#include "services/CaptchaService.h"
+#include "services/CodeService.h"
+#include "services/CountryService.h"
+#include "services/RegistrationService.h"
+#include "storage/Challenges.h"
+#include "storage/Seed.h"
+#include "storage/Settings.h"
+#include "storage/Store.h"
+#include "web/WebPages.h"
 
 /// The account cloud: finds the function that answers a request, under /v1 for the account API,
-/// under /web/ for its pages and under /_dev/ for the developer who watches and disturbs the API.
+/// under /web/ for its pages and under /_dev/ for the developer's calls.
 ///
-/// Used from the store's thread. Every request gets an answer, a bad one an HTTP code of 400 or
+/// Used from the store's thread. Every request gets an answer, a bad one an HTTP status of 400 or
 /// above and a sentence. What a request changes is one transaction, on the disk before the answer.
 class Emulator
 {
@@ -30,17 +27,8 @@ public:
     Answer answer(const Request &request);
 
 private:
-    struct Route
-    {
-        QString name; ///< the client library's name of the request
-        QString method;
-        QString path; ///< ending in "/": everything below it
-        std::function<Answer(const Request &)> function;
-    };
-
-    std::vector<Route> apiRoutes();
-    std::vector<Route> developerRoutes();
-    std::vector<Route> webRoutes();
+    void addApiRoutes();
+    void addDeveloperRoutes();
     Answer answerByPath(const Request &request);
     Answer answerApi(const Request &request);
     static Answer answerByRules(const Route &route, const Request &request);
@@ -61,7 +49,7 @@ private:
     WebPages m_pages;
     Faults m_faults;
     RequestLog m_log;
-    std::vector<Route> m_apiRoutes;
-    std::vector<Route> m_developerRoutes;
-    std::vector<Route> m_webRoutes;
+    Router m_api;
+    Router m_developer;
+    Router m_web;
 };

@@ -1,15 +1,18 @@
 #include "Emulator.h"
-#include "HttpServer.h"
-#include "Loopback.h"
-#include "Seed.h"
-#include "Store.h"
 #include "TerminationSignals.h"
+#include "http/HttpServer.h"
+#include "http/Loopback.h"
+#include "storage/Seed.h"
+#include "storage/Store.h"
 
-#include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
-#include <QtCore/QFile>
+#include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 #include <QtCore/QTextStream>
+
+#include <CLI/CLI.hpp>
+
+#include <string>
 
 namespace {
 
@@ -17,73 +20,53 @@ enum ExitCode { Success = 0, CannotServe = 1, WrongUsage = 2 };
 
 struct Options
 {
-    QHostAddress host;
-    int port = 0;
-    QString data;
-    QString seed;
-    QString readyFile;
+    std::string host = "127.0.0.1";
+    std::string port = "8787";
+    std::string data = ":memory:";
+    std::string seed;
+    std::string readyFile;
 };
 
 // Ends the program with a message; carries the exit code from where the failure is to main().
 struct Failure
 {
-    ExitCode code;
+    ExitCode exitCode;
     QString message;
 };
 
-[[noreturn]] void showAndExit(const QString &text)
+std::string complaintAboutHost(const std::string &host)
 {
-    QTextStream(stdout) << text;
-    std::exit(Success);
+    return loopbackAddress(QString::fromStdString(host)).isNull()
+               ? host + " is not a loopback address; the emulator serves this machine alone"
+               : std::string();
 }
 
-Options readOptions(const QCoreApplication &application)
+std::string complaintAboutPort(const std::string &port)
 {
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("An account cloud for one machine, for development and tests."));
-    const QCommandLineOption help = parser.addHelpOption();
-    const QCommandLineOption version = parser.addVersionOption();
-    const QCommandLineOption host(QStringLiteral("host"), QStringLiteral("Loopback address."),
-                                  QStringLiteral("address"), QStringLiteral("127.0.0.1"));
-    const QCommandLineOption port(QStringLiteral("port"),
-                                  QStringLiteral("Port; 0 takes a free one."),
-                                  QStringLiteral("number"), QStringLiteral("8787"));
-    const QCommandLineOption data(QStringLiteral("data"),
-                                  QStringLiteral("Where accounts are kept."),
-                                  QStringLiteral("file"), QStringLiteral(":memory:"));
-    const QCommandLineOption seed(QStringLiteral("seed"),
-                                  QStringLiteral("Accounts of a new data file, as JSON."),
-                                  QStringLiteral("file"));
-    const QCommandLineOption ready(QStringLiteral("ready-file"),
-                                   QStringLiteral("Written with the address once it is served."),
-                                   QStringLiteral("file"));
-    parser.addOptions({host, port, data, seed, ready});
-    if (!parser.parse(application.arguments()))
-        throw Failure{WrongUsage, parser.errorText()};
-    if (parser.isSet(help))
-        showAndExit(parser.helpText());
-    if (parser.isSet(version))
-        showAndExit(QStringLiteral("passport-emulator " PASSPORT_VERSION "\n"));
-    if (!parser.positionalArguments().isEmpty()) {
-        throw Failure{WrongUsage, QStringLiteral("unexpected argument ") +
-                                      parser.positionalArguments().constFirst()};
-    }
-    Options options;
-    options.host = loopbackAddress(parser.value(host));
-    if (options.host.isNull()) {
-        throw Failure{WrongUsage, QStringLiteral("--host %1 is not a loopback address; the emulator"
-                                                 " serves this machine alone")
-                                      .arg(parser.value(host))};
-    }
     bool isNumber = false;
-    options.port = parser.value(port).toUShort(&isNumber);
-    if (!isNumber)
-        throw Failure{WrongUsage, QStringLiteral("--port must be a number from 0 to 65535")};
-    options.data = parser.value(data);
-    options.seed = parser.value(seed);
-    options.readyFile = parser.value(ready);
-    return options;
+    QString::fromStdString(port).toUShort(&isNumber);
+    return isNumber ? std::string() : "must be a number from 0 to 65535";
+}
+
+void declare(CLI::App &app, Options &options)
+{
+    app.set_version_flag("-v,--version", "passport-emulator " PASSPORT_VERSION);
+    app.footer("Exit codes: 0 ended by a signal, 1 it cannot serve, 2 wrong options or seed.");
+    app.add_option("--host", options.host, "Loopback address")
+        ->check(complaintAboutHost)
+        ->type_name("ADDRESS")
+        ->capture_default_str();
+    app.add_option("--port", options.port, "Port; 0 takes a free one")
+        ->check(complaintAboutPort)
+        ->type_name("NUMBER")
+        ->capture_default_str();
+    app.add_option("--data", options.data, "Where accounts are kept")
+        ->type_name("FILE")
+        ->capture_default_str();
+    app.add_option("--seed", options.seed, "Accounts of a new data file, as JSON")
+        ->type_name("FILE");
+    app.add_option("--ready-file", options.readyFile, "Written with the address once it is served")
+        ->type_name("FILE");
 }
 
 QString origin(const QHostAddress &host, int port)
@@ -108,9 +91,15 @@ void announce(const QString &address, const QString &pages, const Store::Account
     out << "\n  The passwords of the built-in accounts are in emulator/README.md.\n";
 }
 
-// A reader never sees half of the file: it is written aside and renamed.
+// A reader never sees half of the file: it is written aside and renamed, which would also replace a
+// FIFO or a device.
 void writeReadyFile(const QString &path, const QString &address)
 {
+    const QFileInfo info(path);
+    if ((info.exists() || info.isSymLink()) && !info.isFile()) {
+        throw Failure{CannotServe,
+                      QStringLiteral("ready file %1: is not a regular file").arg(path)};
+    }
     QSaveFile file(path);
     const QByteArray line = address.toUtf8() + '\n';
     if (!file.open(QIODevice::WriteOnly) || file.write(line) != line.size() || !file.commit()) {
@@ -121,8 +110,11 @@ void writeReadyFile(const QString &path, const QString &address)
 
 void serve(const Options &options)
 {
-    const Seed seed(options.seed);
-    Store store(options.data, [&] { return seed.accounts(); });
+    const QHostAddress host = loopbackAddress(QString::fromStdString(options.host));
+    const int wantedPort = QString::fromStdString(options.port).toInt();
+    const QString readyFile = QFile::decodeName(options.readyFile.c_str());
+    const Seed seed(QFile::decodeName(options.seed.c_str()));
+    Store store(QFile::decodeName(options.data.c_str()), [&] { return seed.accounts(); });
     Emulator emulator(store, seed);
     HttpServer server([&](const Request &request) { return emulator.answer(request); });
     const TerminationSignals signals_;
@@ -130,40 +122,46 @@ void serve(const Options &options)
     QObject::connect(&server, &HttpServer::stopped, QCoreApplication::instance(),
                      &QCoreApplication::quit);
 
-    const int port = server.listen(options.host, options.port);
+    const int port = server.listen(host, wantedPort);
     if (port == 0) {
         throw Failure{CannotServe, QStringLiteral("cannot listen on %1 port %2; is it in use?")
-                                       .arg(options.host.toString())
-                                       .arg(options.port)};
+                                       .arg(host.toString())
+                                       .arg(wantedPort)};
     }
-    const QString address = origin(options.host, port) + QStringLiteral("/v1");
-    announce(address, origin(options.host, port) + QStringLiteral("/web/sign-in"),
-             store.accounts());
-    if (!options.readyFile.isEmpty())
-        writeReadyFile(options.readyFile, address);
+    const QString address = origin(host, port) + QStringLiteral("/v1");
+    announce(address, origin(host, port) + QStringLiteral("/web/sign-in"), store.accounts());
+    if (!readyFile.isEmpty())
+        writeReadyFile(readyFile, address);
     QCoreApplication::exec();
-    if (!options.readyFile.isEmpty())
-        QFile::remove(options.readyFile);
+    if (!readyFile.isEmpty())
+        QFile::remove(readyFile);
 }
 
-int failWith(ExitCode code, const QString &message)
+int failWith(ExitCode exitCode, const QString &message)
 {
     QTextStream err(stderr);
     err.setCodec("UTF-8");
     err << "passport-emulator: " << message << '\n';
-    return code;
+    return exitCode;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    const QCoreApplication application(argc, argv);
+    Options options;
+    CLI::App app("An account cloud for one machine, for development and tests.",
+                 "passport-emulator");
+    declare(app, options);
     try {
-        serve(readOptions(application));
+        app.parse(argc, argv);
+        const QCoreApplication application(argc, argv);
+        serve(options);
         return Success;
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? Success : WrongUsage;
     } catch (const Failure &failure) {
-        return failWith(failure.code, failure.message);
+        return failWith(failure.exitCode, failure.message);
     } catch (const SeedError &error) {
         return failWith(WrongUsage, QString::fromUtf8(error.what()));
     } catch (const StoreError &error) {

@@ -11,7 +11,7 @@ function randomId() {
 }
 
 export class Verification {
-  // readName gives the user to whom the code goes: {username, phoneArea}.
+  // readName returns the user that the code goes to: {username, phoneArea}.
   constructor(purpose, readName) {
     this.purpose = purpose;
     this.readName = readName;

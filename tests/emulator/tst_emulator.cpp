@@ -1,10 +1,24 @@
-#include "support/EmulatorProcess.h"
+#include "support/AccountClient.h"
 #include "support/Rows.h"
 
-#include <QtCore/QJsonDocument>
 #include <QtNetwork/QTcpSocket>
 
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+using Client = AccountClient;
 using Reply = EmulatorProcess::HttpReply;
+
+// Root may write everything, others see what is read-only.
+class UnprivilegedProcess : public QProcess
+{
+    void setupChildProcess() override
+    {
+        if (::geteuid() == 0 && ::setuid(65534) != 0)
+            ::_exit(127);
+    }
+};
 
 /// The process itself: starting and ending, what it refuses, its faults.
 class EmulatorTest : public QObject
@@ -19,10 +33,15 @@ private Q_SLOTS:
     void refusesCallersFromElsewhere_data();
     void refusesCallersFromElsewhere();
     void countsFaultsDown();
+    void givesUpClientsThatAreGone();
+    void keepsLittleOfMuch();
     void endsWithConnectionsOpen();
     void refusesToStart_data();
     void refusesToStart();
     void refusesWhatIsInUse();
+    void leavesAlone_data();
+    void leavesAlone();
+    void keepsWhatItAcknowledged();
 
 private:
     EmulatorProcess m_emulator;
@@ -46,7 +65,6 @@ void EmulatorTest::refusesBadRequests_data()
     row("huge body", "POST", login, QByteArray(1024 * 1024 + 1, ' '), 413, "1 MiB");
     row("number too small", "GET", captcha + "?w=0", {}, 400, "whole number from 40");
     row("number too large", "GET", captcha + "?w=99999999999", {}, 400, "a whole number");
-    row("no number", "GET", captcha + "?l=four", {}, 400, "a whole number");
     row("short identifier", "GET", captcha.chopped(1), {}, 400, "captcha identifier");
     row("text of another kind", "GET", "/v1/privacy/a/en-us/terms/%254", {}, 404, "no text");
     row("fault of no request", "POST", faults, R"({"request":"logIn","kind":"drop"})", 400,
@@ -109,6 +127,37 @@ void EmulatorTest::countsFaultsDown()
     QCOMPARE(words, QStringList({"a", "a", "b", ""}));
 }
 
+// As many as are served at a time; they would wait for longer than the last call does.
+void EmulatorTest::givesUpClientsThatAreGone()
+{
+    QVERIFY(m_emulator.addFault({{"request", "status"}, {"kind", "delay"}, {"ms", 3600000}}));
+    std::vector<std::unique_ptr<QTcpSocket>> clients;
+    for (int i = 0; i < 64; ++i) {
+        clients.push_back(m_emulator.connectSocket());
+        clients.back()->write(i % 2 == 0 ? "GET /v1/status HTTP/1.1\r\n\r\n"
+                                         : "GET /_dev/inbox?wait=600000 HTTP/1.1\r\n\r\n");
+        QVERIFY(clients.back()->waitForBytesWritten());
+    }
+    clients.clear();
+    QCOMPARE(m_emulator.http("DELETE", "/_dev/faults").code, 200);
+}
+
+void EmulatorTest::keepsLittleOfMuch()
+{
+    m_emulator.devDelete("requests");
+    const QList<QByteArray> headers{"A: 1", "B: " + QByteArray(8000, 'b'),
+                                    "C: " + QByteArray(8000, 'c')};
+    for (int i = 0; i < 100; ++i)
+        m_emulator.http("POST", "/v1/" + QByteArray::number(i), QByteArray(100000, 'x'), headers);
+    const QJsonArray kept = m_emulator.requests();
+    const QJsonObject last = kept.last().toObject(), sent = last["headers"].toObject();
+    QVERIFY2(kept.size() > 50 && kept.size() < 60, qPrintable(QString::number(kept.size())));
+    QCOMPARE(last["path"].toString(), "/v1/99");
+    QCOMPARE(last["body"].toString().size(), 64 * 1024);
+    QCOMPARE(sent["A"].toString(), "1");
+    QVERIFY(sent["B"].toString().size() == 8000 && sent["C"].toString().size() < 200);
+}
+
 // An idle connection is kept for longer than stop() waits, the delay is an hour.
 void EmulatorTest::endsWithConnectionsOpen()
 {
@@ -141,7 +190,7 @@ void EmulatorTest::refusesToStart_data()
         R"({"accounts":[{"username":"a","password":"b"},
                         {"username":"c","password":"b","email":"a"}]})",
         2, "account 1: \"a\" also belongs to account 0");
-    row("text as data", "--data", "not a data file", 1, "is not a data file");
+    row("empty data", "--data", "", 1, "is not a data file");
     row("foreign data", "--data", "SQLite format 3" + QByteArray(4096, '\0'), 1,
         "is not a data file");
     row("damaged data", "--data",
@@ -180,6 +229,86 @@ void EmulatorTest::refusesWhatIsInUse()
         QVERIFY(second.waitForFinished());
         QCOMPARE(second.exitCode(), 1);
         QVERIFY(second.readAllStandardError().contains("in use"));
+    }
+}
+
+void EmulatorTest::leavesAlone_data()
+{
+    const auto row = columns<QString, QString, QByteArray>("option", "name", "complaint");
+    row("FIFO", "--data", "fifo", "is not a regular file");
+    row("device", "--data", "device", "is not a regular file");
+    row("link to a device", "--data", "link", "is not a regular file");
+    row("link to nothing", "--data", "dangling", "is a link that leads nowhere");
+    row("directory", "--data", ".", "is not a regular file");
+    row("foreign log", "--data", "new", "where something else is");
+    row("read-only", "--data", "ours", "is read-only");
+    row("ready FIFO", "--ready-file", "fifo", "is not a regular file");
+    row("ready link to nothing", "--ready-file", "dangling", "is not a regular file");
+}
+
+void EmulatorTest::leavesAlone()
+{
+    QFETCH(QString, option);
+    QFETCH(QString, name);
+    QFETCH(QByteArray, complaint);
+    QTemporaryDir directory;
+    const auto path = [&](const QString &file) { return directory.filePath(file); };
+    const auto native = [&](const QString &file) { return QFile::encodeName(path(file)); };
+    struct stat info = {};
+    QVERIFY(EmulatorProcess({"--data", path("ours")}).start());
+    QVERIFY(::chmod(native("ours"), 0444) == 0 && ::chmod(native("."), 0755) == 0);
+    QVERIFY(::mkfifo(native("fifo"), 0666) == 0 && ::mkfifo(native("new-wal"), 0666) == 0);
+    QVERIFY(QFile::link(path("device"), path("link")) && QFile::link("none", path("dangling")));
+    const bool known = ::stat("/dev/null", &info) == 0; // the number for a device of our own
+    const bool made = known && ::mknod(native("device"), info.st_mode, info.st_rdev) == 0;
+    if (!made && (name == "device" || name == "link"))
+        QSKIP("only root makes devices");
+    const auto all = [&] {
+        QVector<quint64> identities; // inode, kind and size of each, of a link its own
+        for (const QString &file : QDir(path(".")).entryList(QDir::AllEntries | QDir::System)) {
+            ::lstat(native(file), &info);
+            identities << info.st_ino << info.st_mode << quint64(info.st_size);
+        }
+        return identities;
+    };
+    const auto before = all();
+    const std::unique_ptr<QProcess> process(name == "ours" ? new UnprivilegedProcess
+                                                           : new QProcess);
+    process->start(EmulatorProcess::program(), {"--port", "0", option, path(name)});
+    QVERIFY(process->waitForFinished());
+    QCOMPARE(process->exitCode(), 1);
+    const QByteArray message = process->readAllStandardError();
+    QVERIFY2(message.contains(complaint), message.constData());
+    QCOMPARE(all(), before);
+}
+
+// Killed at work again and again; the file is there by its own name and by a link's.
+void EmulatorTest::keepsWhatItAcknowledged()
+{
+    QTemporaryDir directory;
+    const QString name = directory.filePath("accounts.db"), link = directory.filePath("link");
+    QStringList tokens;
+    QVERIFY(QFile::link(name, link));
+    for (const QString &path : {name, link, name}) {
+        EmulatorProcess emulator({"--data", path});
+        const Client client(emulator);
+        QVERIFY(emulator.start());
+        for (const QString &token : qAsConst(tokens))
+            QCOMPARE(Client::word(client.profile(token, "10001")), "ok");
+        std::atomic<int> acknowledged{0};
+        std::thread signingIn([&] {
+            for (;; ++acknowledged) {
+                const QString token =
+                    Client::token(client.logIn("ada@example.com", "correct horse 1"));
+                if (token.isEmpty())
+                    return;
+                tokens << token;
+            }
+        });
+        const bool busy = QTest::qWaitFor([&] { return acknowledged > 20; }, 30000);
+        emulator.kill();
+        signingIn.join();
+        QVERIFY(busy);
     }
 }
 

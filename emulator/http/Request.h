@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QtCore/QByteArray>
+#include <QtCore/QJsonObject>
+#include <QtCore/QMap>
+#include <QtCore/QPair>
+#include <QtCore/QString>
+#include <QtCore/QVector>
+
+/// An HTTP request, wholly read and decoded, as the rules see it.
+struct Request
+{
+    QString method;
+    QString path;                             ///< percent-decoded, without the query
+    QMap<QString, QString> query;             ///< of a repeated key the last value
+    QVector<QPair<QString, QString>> headers; ///< as sent
+    QByteArray body;
+    QString remoteAddress; ///< the caller's address without the port
+
+    /// The values of a header; its name is compared without regard to case.
+    QStringList headerValues(const QString &name) const;
+    /// A query value that must be "true" or "false"; a missing one is false. Throws Refusal.
+    bool queryFlag(const QString &key) const;
+    /// A query value that must be a whole number from minimum to maximum; a missing or empty one is
+    /// the fallback. Throws Refusal.
+    int queryNumber(const QString &key, int fallback, int minimum, int maximum) const;
+    /// The body, which must be a JSON object. Throws Refusal.
+    QJsonObject json() const;
+};

@@ -1,0 +1,69 @@
+#include "services/CaptchaService.h"
+
+#include "http/Refusal.h"
+#include "services/CaptchaPicture.h"
+#include "services/Denial.h"
+
+#include <QtCore/QDateTime>
+
+namespace {
+
+constexpr qint64 hourMs = 60 * 60 * 1000;
+
+QString idAtEndOf(const QString &path)
+{
+    QString id = path.section(QLatin1Char('/'), -1);
+    const bool alone = path.count(QLatin1Char('/')) == 3; // "/v1/captcha/id", "/_dev/captcha/id"
+    if (!alone || !CaptchaLink::isCaptchaId(id)) {
+        throw Refusal(400, QStringLiteral("the path must end in a captcha identifier, 36 characters"
+                                          " like 0f8fad5b-d9cb-469f-a165-70867728950e"));
+    }
+    return id;
+}
+
+} // namespace
+
+Answer CaptchaService::draw(const Request &request)
+{
+    const QString id = idAtEndOf(request.path);
+    const int width = request.queryNumber(QStringLiteral("w"), 120, 40, 1000);
+    const int height = request.queryNumber(QStringLiteral("h"), 40, 20, 500);
+    const int length = request.queryNumber(QStringLiteral("l"), 4, 1, 8);
+    const int seconds = request.queryNumber(QStringLiteral("e"), 300, 0, 24 * 60 * 60);
+
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const QString answer = randomCaptchaText(length);
+    // For a while an expired captcha can still be told from one that never was.
+    m_challenges.removeCaptchasExpiredBefore(now - hourMs);
+    m_challenges.put(
+        {id, request.query.value(QStringLiteral("p")), answer, now + seconds * 1000LL, 0});
+    return okAnswer(QString::fromLatin1(captchaPicture(answer, width, height).toBase64()));
+}
+
+Answer CaptchaService::show(const Request &request) const
+{
+    const QString id = idAtEndOf(request.path);
+    const std::optional<Captcha> captcha = m_challenges.captcha(id);
+    if (!captcha)
+        throw Refusal(404, QStringLiteral("there is no captcha %1, or no longer").arg(id));
+    const QDateTime expires = QDateTime::fromMSecsSinceEpoch(captcha->expiresAt, Qt::UTC);
+    return okAnswer(QJsonObject{{QStringLiteral("answer"), captcha->answer},
+                                {QStringLiteral("purpose"), captcha->purpose},
+                                {QStringLiteral("expires"), expires.toString(Qt::ISODateWithMs)}});
+}
+
+void CaptchaService::use(const CaptchaLink &link, const QString &answer, CaptchaUse use)
+{
+    const int useBit = static_cast<int>(use);
+    std::optional<Captcha> captcha = m_challenges.captcha(link.captchaId);
+    if (!captcha || captcha->purpose != link.purpose || (captcha->uses & useBit) != 0)
+        throw Denial(Denial::captchaErr);
+    if (QDateTime::currentMSecsSinceEpoch() >= captcha->expiresAt)
+        throw Denial(Denial::captchaExpired);
+    if (answer.compare(captcha->answer, Qt::CaseInsensitive) != 0) {
+        m_challenges.removeCaptcha(captcha->id);
+        throw Denial(Denial::captchaErr);
+    }
+    captcha->uses |= useBit;
+    m_challenges.put(*captcha);
+}

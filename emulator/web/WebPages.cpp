@@ -1,0 +1,152 @@
+#include "web/WebPages.h"
+
+#include "http/Refusal.h"
+#include "services/PrivacyPage.h"
+
+#include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
+#include <QtCore/QStringList>
+#include <QtCore/QUrl>
+#include <QtCore/QUrlQuery>
+
+namespace {
+
+enum Language { English, Chinese };
+
+QString readFile(const QString &name)
+{
+    QFile file(QStringLiteral(":/web/") + name);
+    if (!file.open(QIODevice::ReadOnly))
+        throw Refusal(404, QStringLiteral("there is no web page or file /web/%1").arg(name));
+    return QString::fromUtf8(file.readAll());
+}
+
+Language languageOf(const Request &request)
+{
+    const QString lang = QStringLiteral("lang");
+    const QString wish =
+        request.query.contains(lang)
+            ? request.query.value(lang)
+            : request.headerValues(QStringLiteral("Accept-Language")).join(QLatin1Char(','));
+    // The language that stands first; browsers put it there.
+    return wish.startsWith(QLatin1String("zh"), Qt::CaseInsensitive) ? Chinese : English;
+}
+
+// The query of the same page in another language.
+QString queryWithLanguage(const Request &request, const QString &language)
+{
+    QMap<QString, QString> values = request.query;
+    values.insert(QStringLiteral("lang"), language);
+    QUrlQuery query;
+    for (auto it = values.begin(); it != values.end(); ++it)
+        query.addQueryItem(it.key(), QString::fromLatin1(QUrl::toPercentEncoding(it.value())));
+    return query.toString(QUrl::FullyEncoded);
+}
+
+QString withParts(QString source)
+{
+    static const QRegularExpression part(QStringLiteral("\\{\\{>([a-z-]+)\\}\\}\n?"));
+    for (;;) {
+        const QRegularExpressionMatch match = part.match(source);
+        if (!match.hasMatch())
+            return source;
+        source.replace(match.capturedStart(), match.capturedLength(),
+                       readFile(QStringLiteral("parts/%1.html").arg(match.captured(1))));
+    }
+}
+
+// In one pass, so that braces in a value stand for themselves.
+QString withValues(const QString &source, const QMap<QString, QString> &values)
+{
+    static const QRegularExpression placeholder(QStringLiteral("\\{\\{([A-Za-z.-]+)\\}\\}"));
+    QString result;
+    int end = 0;
+    for (auto it = placeholder.globalMatch(source); it.hasNext();) {
+        const QRegularExpressionMatch match = it.next();
+        result += source.midRef(end, match.capturedStart() - end);
+        result += values.value(match.captured(1), match.captured());
+        end = match.capturedEnd();
+    }
+    return result + source.midRef(end);
+}
+
+// What a page says about a word of the service or of its own script, and the field it is about.
+void addSentence(QMap<QString, QString> &texts, const QString &key, const QString &text,
+                 const QString &field)
+{
+    const QLatin1String prefix("error.");
+    if (!key.startsWith(prefix))
+        return;
+    const QString attribute =
+        field.isEmpty() ? QString() : QStringLiteral(" data-field=\"%1\"").arg(field);
+    texts[QStringLiteral("sentences")] += QStringLiteral("<p data-word=\"%1\"%2>%3</p>\n")
+                                              .arg(key.mid(prefix.size()), attribute, text);
+}
+
+// A page loads nothing from other origins, is not cached, and does not pass on its own address,
+// whose query may name the user.
+void addSecurityHeaders(Answer &answer)
+{
+    answer.headers = {{"Content-Security-Policy",
+                       "default-src 'self'; img-src 'self' data:; frame-ancestors 'none';"
+                       " base-uri 'none'; form-action 'self'"},
+                      {"Cache-Control", "no-store"},
+                      {"Referrer-Policy", "no-referrer"},
+                      {"X-Content-Type-Options", "nosniff"}};
+}
+
+} // namespace
+
+WebPages::WebPages()
+{
+    const QStringList lines =
+        readFile(QStringLiteral("texts.tsv")).split(QLatin1Char('\n'), Qt::SkipEmptyParts).mid(1);
+    for (const QString &line : lines) {
+        const QStringList columns = line.split(QLatin1Char('\t'));
+        for (const Language language : {English, Chinese}) {
+            const QString text = columns.value(1 + language).toHtmlEscaped();
+            m_texts[language].insert(columns.value(0), text);
+            addSentence(m_texts[language], columns.value(0), text, columns.value(3));
+        }
+    }
+}
+
+Answer WebPages::answer(const Request &request) const
+{
+    const QString name = request.path.mid(int(qstrlen("/web/")));
+    if (name.contains(QLatin1Char('/')))
+        throw Refusal(404, QStringLiteral("there is nothing at %1").arg(request.path));
+    Answer answer;
+    addSecurityHeaders(answer);
+    if (name.endsWith(QLatin1String(".css")) || name.endsWith(QLatin1String(".js"))) {
+        answer.body = readFile(name).toUtf8();
+        answer.contentType = name.endsWith(QLatin1String(".js")) ? "text/javascript; charset=utf-8"
+                                                                 : "text/css; charset=utf-8";
+        return answer;
+    }
+    answer.body = page(name, request).toUtf8();
+    answer.contentType = "text/html; charset=utf-8";
+    return answer;
+}
+
+QString WebPages::page(const QString &name, const Request &request) const
+{
+    const QString source = readFile(name + QLatin1String(".html"));
+    const Language language = languageOf(request);
+    const bool chinese = language == Chinese;
+    const QString otherLanguage = chinese ? QStringLiteral("en") : QStringLiteral("zh-cn");
+    QMap<QString, QString> values = m_texts[language];
+    values.insert(QStringLiteral("lang"), chinese ? QStringLiteral("zh-CN") : QStringLiteral("en"));
+    values.insert(QStringLiteral("other-lang"),
+                  chinese ? QStringLiteral("en") : QStringLiteral("zh-CN"));
+    values.insert(QStringLiteral("other-query"),
+                  queryWithLanguage(request, otherLanguage).toHtmlEscaped());
+    values.insert(QStringLiteral("page"), name);
+    for (const char *part : {".title", ".submit", ".done", ".untold"}) {
+        const QLatin1String ending(part);
+        values.insert(QLatin1String("page") + ending, values.value(name + ending));
+    }
+    values.insert(QStringLiteral("privacy"),
+                  privacyText(request.query.value(QStringLiteral("oem")), chinese));
+    return withValues(withParts(source), values);
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "http/Answer.h"
+#include "http/Refusal.h"
+#include "http/Request.h"
+
+#include <QtCore/QMap>
+#include <QtCore/QString>
+
+/// The web pages of the account service, for a web tool or a browser: GET /web/{page}, and the
+/// style sheet and scripts beside them.
+///
+/// A page is one file for all languages, :/web/{page}.html. In it {{>name}} stands for the file
+/// :/web/parts/{name}.html and {{key}} for the text with this key in :/web/texts.tsv, in the
+/// language of the query value lang or else of the Accept-Language header: Chinese if that begins
+/// with "zh", otherwise English. In parts, {{page}} is the page's name, {{page.title}} its title
+/// and so on; {{sentences}} are all the texts about errors, each with its word and its field.
+class WebPages
+{
+public:
+    WebPages();
+
+    /// Throws Refusal(404) for what there is not.
+    Answer answer(const Request &request) const;
+
+private:
+    QString page(const QString &name, const Request &request) const;
+
+    QMap<QString, QString> m_texts[2]; ///< by key, English and Chinese
+};
