@@ -118,7 +118,7 @@ void requestNubelo(benchmark::State &state)
         const auto record = client.requestNubelo(
             result, QStringLiteral("userLogin"), Nubelo::Manager::Post, Nubelo::Manager::NoEncrypt,
             body, QVariantMap(), QVariantMap(), QStringLiteral("cloud"));
-        if (record.errorCode != VelqorPassPort::CommunityErrorCode::NoError)
+        if (record.isError())
             state.SkipWithError("the request failed");
     }
 }

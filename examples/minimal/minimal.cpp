@@ -22,9 +22,9 @@ int main(int argc, char *argv[])
     PassportCommunityError outcome = passport.setConfigPath(arguments[2]);
 
     QVariantMap profile;
-    if (outcome.errorCode == CommunityErrorCode::NoError)
+    if (!outcome.isError())
         outcome = passport.logIn(arguments[3], in.readLine(), QString(), profile, true);
-    if (outcome.errorCode != CommunityErrorCode::NoError) {
+    if (outcome.isError()) {
         out << "Sorry: " << outcome.errorName << ' ' << outcome.errorMessage << '\n';
         return 1;
     }

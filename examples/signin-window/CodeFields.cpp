@@ -91,7 +91,7 @@ void CodeFields::sendCode(const QString &account, const QString &phoneArea)
         return m_requests.passport().reqValidCode(answer, captcha(), account, phoneArea,
                                                   QLocale().bcp47Name(), purpose(), QString());
     });
-    if (outcome.errorCode == CommunityErrorCode::NoError) {
+    if (!outcome.isError()) {
         m_requests.say(tr("The code is on its way to you."));
         focusCode();
         return;

@@ -87,7 +87,7 @@ void ProfilePage::refresh()
     QVariantMap profile;
     const PassportCommunityError outcome = m_requests.run(
         [&] { return m_requests.passport().reqGetUserInfo(profile, QStringLiteral("product")); });
-    if (outcome.errorCode == CommunityErrorCode::NoError)
+    if (!outcome.isError())
         setProfile(profile);
     m_requests.say(wordsFor(outcome));
 }

@@ -104,7 +104,7 @@ QString SignInPage::fetchCountries()
     QVariantMap here;
     const PassportCommunityError outcome = m_requests.run([&] {
         PassportCommunityError record = m_requests.passport().reqCountries(countries);
-        if (record.errorCode == CommunityErrorCode::NoError)
+        if (!record.isError())
             record = m_requests.passport().reqCurrentCountry(name, here);
         return record;
     });

@@ -37,7 +37,7 @@ int main(int argc, char *argv[])
     passport.initial(arguments[1]);
     const PassportCommunityError outcome =
         passport.setConfigData(cloudConfiguration(arguments.value(2, QStringLiteral("local"))));
-    if (outcome.errorCode != CommunityErrorCode::NoError) {
+    if (outcome.isError()) {
         QTextStream(stderr) << "This is no account cloud: " << outcome.errorName << '\n';
         return 2;
     }

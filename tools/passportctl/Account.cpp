@@ -71,7 +71,7 @@ Exit Profile::run(Host &host)
         return *end;
     // The sign-in succeeds without the profile; whoever asks for the profile wants to know.
     const PassportCommunityError record = host.passport().reqGetUserInfo(profile, QString());
-    if (failed(record))
+    if (record.isError())
         return host.output().failure(QStringLiteral("profile"), record);
     profile.remove(QStringLiteral("token"));
     return host.output().success(

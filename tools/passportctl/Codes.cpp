@@ -68,7 +68,7 @@ std::optional<Exit> CodeCommand::fetchCaptcha(Host &host)
     const auto text = [](int number) { return QString::number(number); };
     const PassportCommunityError record = host.passport().reqCaptcha(
         data, text(160), text(60), text(300), text(4), m_purpose, QString());
-    if (failed(record))
+    if (record.isError())
         return host.output().failure(QStringLiteral("captcha"), record);
 
     if (m_picture.isEmpty())
@@ -100,7 +100,7 @@ std::optional<Exit> CodeCommand::sendCode(Host &host)
     const PassportCommunityError record =
         host.passport().reqValidCode(data, m_captcha, m_account.user, m_account.phoneArea,
                                      QStringLiteral("en-us"), m_purpose, QString());
-    if (failed(record))
+    if (record.isError())
         return host.output().failure(QStringLiteral("verification code"), record);
     return std::nullopt;
 }
@@ -173,7 +173,7 @@ Exit CodeSignIn::run(Host &host)
     QVariantMap profile;
     const PassportCommunityError record = host.passport().reqCodeLogIn(
         m_account.user, m_account.phoneArea, m_captcha, m_code, profile, QString(), m_remembers);
-    if (failed(record))
+    if (record.isError())
         return host.output().failure(QStringLiteral("sign-in"), record);
     const QString id = profile.value(QStringLiteral("userID")).toString();
     return host.output().success(
@@ -200,7 +200,7 @@ Exit Exists::run(Host &host)
         return *end;
     const PassportCommunityError record =
         host.passport().isUserExisted(m_purpose, m_captcha, m_account.user, m_account.phoneArea);
-    if (failed(record))
+    if (record.isError())
         return host.output().failure(QStringLiteral("existence of ") + m_account.user, record);
     return host.output().success(QStringLiteral("%1 exists").arg(m_account.user), {},
                                  {{QStringLiteral("exists"), true}});
@@ -227,7 +227,7 @@ Exit ResetPassword::run(Host &host)
         return *end;
     const PassportCommunityError record = host.passport().reqResetPassword(
         m_account.user, m_account.phoneArea, m_captcha, m_code, password, QString());
-    if (failed(record))
+    if (record.isError())
         return host.output().failure(QStringLiteral("password reset"), record);
     return host.output().success(
         QStringLiteral("The password of %1 is changed").arg(m_account.user), {},

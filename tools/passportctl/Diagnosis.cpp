@@ -28,7 +28,7 @@ Exit Status::run(Host &host)
         return *end;
     QVariant result;
     const PassportCommunityError record = host.requestStatus(result);
-    if (failed(record))
+    if (record.isError())
         return host.output().failure(QStringLiteral("status of ") + host.address(), record);
     return host.output().success(QStringLiteral("%1 answers").arg(host.address()),
                                  Output::rowsOf(result.toMap()),
@@ -97,7 +97,7 @@ PassportCommunityError addTimes(Host &host, Output::Rows &rows)
         clock.start();
         QVariant result;
         const PassportCommunityError record = host.requestStatus(result);
-        if (failed(record))
+        if (record.isError())
             return record;
         milliseconds.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6);
         if (i == 0)
@@ -132,14 +132,14 @@ Exit Doctor::run(Host &host)
     addProxies(rows);
 
     PassportCommunityError record = host.applyOptions();
-    if (!failed(record)) {
+    if (!record.isError()) {
         rows.append({QStringLiteral("address"), host.address()});
         record = addTimes(host, rows);
     }
     QJsonObject data;
     for (const auto &[name, value] : qAsConst(rows))
         data.insert(name, value);
-    if (!failed(record)) {
+    if (!record.isError()) {
         return host.output().success(QStringLiteral("Everything a sign-in needs is there"), rows,
                                      data);
     }

@@ -32,7 +32,7 @@ std::optional<Exit> Host::initialize(PassportDir need)
 std::optional<Exit> Host::configure()
 {
     const PassportCommunityError record = applyOptions();
-    if (failed(record))
+    if (record.isError())
         return m_output.failure(QStringLiteral("configuration"), record);
     return std::nullopt;
 }
@@ -42,7 +42,7 @@ PassportCommunityError Host::applyOptions()
     PassportCommunityError record;
     if (!m_options.configFile.isEmpty())
         record = m_passport.setConfigPath(m_options.configFile);
-    if (failed(record))
+    if (record.isError())
         return record;
 
     QString environment = m_options.environment;
@@ -52,7 +52,7 @@ PassportCommunityError Host::applyOptions()
         environment = QStringLiteral("local");
     if (!environment.isEmpty())
         record = m_passport.setConfigData(environment);
-    if (failed(record) || m_options.address.isEmpty())
+    if (record.isError() || m_options.address.isEmpty())
         return record;
     const QVariantMap sources{{QStringLiteral("cloud"), m_options.address}};
     return m_passport.setConfigData(
@@ -73,7 +73,7 @@ std::optional<Exit> Host::signIn(const Account &account, bool remember, QVariant
             Exit::Usage, QStringLiteral("no password: type it, or give it on standard input"));
     const PassportCommunityError record =
         m_passport.logIn(account.user, *password, account.phoneArea, profile, remember);
-    if (failed(record))
+    if (record.isError())
         return m_output.failure(QStringLiteral("sign-in"), record);
     return std::nullopt;
 }

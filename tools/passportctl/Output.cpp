@@ -92,7 +92,7 @@ QString meaningOf(CommunityErrorCode::ErrorCode code)
 
 Exit exitOf(const PassportCommunityError &record)
 {
-    if (!failed(record))
+    if (!record.isError())
         return Exit::Success;
     if (const Explanation *known = explanationOf(record.errorCode))
         return known->exit;

@@ -17,11 +17,6 @@ enum class Exit {
     Configuration = 4 ///< a local file or setting cannot be used
 };
 
-inline bool failed(const VelqorPassPort::PassportCommunityError &record)
-{
-    return record.errorCode != VelqorPassPort::CommunityErrorCode::NoError;
-}
-
 /// How a record ends the program.
 Exit exitOf(const VelqorPassPort::PassportCommunityError &record);
 

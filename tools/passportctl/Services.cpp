@@ -42,7 +42,7 @@ Exit Countries::run(Host &host)
         return *end;
     QVariantList countries;
     const PassportCommunityError record = host.passport().reqCountries(countries);
-    if (failed(record))
+    if (record.isError())
         return host.output().failure(QStringLiteral("countries"), record);
 
     Output::Rows rows;
@@ -75,7 +75,7 @@ Exit Country::run(Host &host)
     QString name;
     QVariantMap country;
     const PassportCommunityError record = host.passport().reqCurrentCountry(name, country);
-    if (failed(record))
+    if (record.isError())
         return host.output().failure(QStringLiteral("country"), record);
     return host.output().success(
         name,
@@ -114,7 +114,7 @@ Exit Privacy::run(Host &host)
         return host.output().success(privacy.trimmed(), {}, {{QStringLiteral("privacy"), privacy}});
     QVariant ignored;
     const PassportCommunityError record = host.requestStatus(ignored);
-    if (failed(record))
+    if (record.isError())
         return host.output().failure(QStringLiteral("privacy policy"), record);
     return host.output().failure(Exit::Refused,
                                  QStringLiteral("the service has no privacy policy for this"));
