@@ -40,7 +40,7 @@ struct Manager::Private
     Reply *send(const QString &name, const QByteArray &method, const QString &appendToUrl,
                 const QVariantMap &envelope);
     Reply *configure(const QVariantMap &changes, bool replace);
-    Reply *settledReply(const Outcome &outcome);
+    Reply *immediateReply(const Outcome &outcome);
 
     Manager *const q;
     mutable std::mutex mutex;
@@ -121,7 +121,7 @@ Reply *Manager::Private::send(const QString &name, const QByteArray &method,
     auto *reply = new Reply(q);
     if (code != Error::NoError) {
         qCWarning(logNubelo).noquote() << "request not sent:" << problem;
-        reply->settle({code, {}, {}});
+        reply->refuse({code, {}, {}});
         return reply;
     }
     const bool isAddress = request.isAddress;
@@ -141,7 +141,7 @@ Reply *Manager::setConfigPath(const QString &path, const QVariantMap &extra)
     if (code == Error::NoError)
         return d->configure(data, true);
     qCWarning(logNubelo).noquote() << "configuration file" << path << "not used:" << problem;
-    return d->settledReply({code, {}, {}});
+    return d->immediateReply({code, {}, {}});
 }
 
 Reply *Manager::setConfigData(const QVariantMap &data, const QVariantMap &extra)
@@ -163,12 +163,12 @@ Reply *Manager::Private::configure(const QVariantMap &changes, bool replace)
             configuration = std::make_shared<Configuration>(std::move(next));
     }
     if (problem.isEmpty())
-        return settledReply(success());
+        return immediateReply(success());
     qCWarning(logNubelo).noquote() << "configuration not changed:" << problem;
-    return settledReply({Error::ConfigDataError, {}, {}});
+    return immediateReply({Error::ConfigDataError, {}, {}});
 }
 
-Reply *Manager::Private::settledReply(const Outcome &outcome)
+Reply *Manager::Private::immediateReply(const Outcome &outcome)
 {
     // Made on whatever thread configures; from here on it belongs to the Manager's.
     auto *reply = new Reply;
@@ -178,7 +178,7 @@ Reply *Manager::Private::settledReply(const Outcome &outcome)
     else
         QMetaObject::invokeMethod(
             q, [this, reply] { reply->setParent(q); }, Qt::QueuedConnection);
-    reply->settle(outcome);
+    reply->refuse(outcome);
     return reply;
 }
 

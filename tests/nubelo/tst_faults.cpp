@@ -6,8 +6,22 @@
 #include "support/Rows.h"
 
 #include <arpa/inet.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
+
+// Takes the place of the C library's function for libcurl too: the thread that sets it is held in
+// its call until the answer to what it sent is there.
+static thread_local bool isSenderHeld = false;
+
+extern "C" Q_DECL_EXPORT ssize_t send(int socket, const void *data, size_t size, int flags)
+{
+    const ssize_t sent = ::sendto(socket, data, size, flags, nullptr, 0);
+    pollfd answer{socket, POLLIN, 0};
+    if (isSenderHeld && sent > 0)
+        ::poll(&answer, 1, 5000);
+    return sent;
+}
 
 using Nubelo::Error;
 using Nubelo::Manager;
@@ -74,6 +88,8 @@ private Q_SLOTS:
     void answerFaults_data();
     void answerFaults();
     void httpStatuses();
+    void refusalsOfAnyTiming_data();
+    void refusalsOfAnyTiming();
     void tlsFaults_data();
     void tlsFaults();
     void redirects_data();
@@ -247,6 +263,32 @@ void tst_Faults::httpStatuses()
         outcome = post();
         expect(outcome, network(it.value()));
         QCOMPARE(outcome.map, (QVariantMap{{"status", "fail"}, {"result", "dbErr"}}));
+    }
+}
+
+void tst_Faults::refusalsOfAnyTiming_data()
+{
+    const auto row = columns<bool>("held");
+    row("as it comes", false);
+    row("answered before the sender returns", true);
+}
+
+// The service's word is never lost to the HTTP status, whenever the answer comes.
+void tst_Faults::refusalsOfAnyTiming()
+{
+    QFETCH(bool, held);
+    RawServer server(
+        RawServer::answering(RawServer::answer(R"({"status":"fail","result":"pwderr"})", 401)));
+    useAddress(server.url());
+    const int calls = qMax(300, qEnvironmentVariableIntValue("NUBELO_TEST_CALLS"));
+    for (int i = 0; i < calls; ++i) {
+        isSenderHeld = held;
+        auto *reply = manager->request("userLogin", {{"source", "cloud"}}, {});
+        isSenderHeld = false;
+        QCOMPARE(reply->status(), Error::NoError);
+        const ReplyOutcome outcome = ReplyOutcome::of(reply);
+        expect(outcome, network(204));
+        QCOMPARE(outcome.map.value("result").toString(), "pwderr");
     }
 }
 
