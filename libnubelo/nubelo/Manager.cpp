@@ -118,18 +118,18 @@ Reply *Manager::Private::send(const QString &name, const QByteArray &method,
     QString problem;
     const Error::ErrorCode code =
         buildRequest(*configured, name, method, appendToUrl, envelope, request, problem);
-    auto *reply = new Reply(q);
+    std::unique_ptr<Reply> reply(new Reply(q));
     if (code != Error::NoError) {
         qCWarning(logNubelo).noquote() << "request not sent:" << problem;
         reply->refuse({code, {}, {}});
-        return reply;
+        return reply.release();
     }
     const bool isAddress = request.isAddress;
-    transport().start(std::move(request), configured->rules, reply,
-                      [reply, isAddress](const HttpAnswer &answer) {
+    transport().start(std::move(request), configured->rules, reply.get(),
+                      [reply = reply.get(), isAddress](const HttpAnswer &answer) {
                           reply->settle(outcomeOf(answer, isAddress));
                       });
-    return reply;
+    return reply.release();
 }
 
 Reply *Manager::setConfigPath(const QString &path, const QVariantMap &extra)
