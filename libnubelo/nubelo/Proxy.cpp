@@ -24,8 +24,8 @@ bool isLoopback(const QString &host)
 bool isAddressIn(const QHostAddress &host, QString subnet)
 {
     subnet.remove(QLatin1Char('[')).remove(QLatin1Char(']'));
-    // parseSubnet() alone would take "10" for a subnet.
-    if (QHostAddress(subnet.section(QLatin1Char('/'), 0, 0)).isNull())
+    // parseSubnet() takes "10", too, where a name was meant.
+    if (subnet.count(QLatin1Char('.')) != 3 && !subnet.contains(QLatin1Char(':')))
         return false;
     const auto parsed = QHostAddress::parseSubnet(subnet);
     return parsed.second >= 0 && host.isInSubnet(parsed);

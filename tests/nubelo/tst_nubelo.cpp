@@ -1,23 +1,8 @@
-#include <nubelo/Manager.h>
-
-#include "support/RawServer.h"
-#include "support/ReplyOutcome.h"
-#include "support/Rows.h"
+#include "nubelo/CloudFixture.h"
 
 #include <thread>
 
-using Nubelo::Error;
-using Nubelo::Manager;
-
 namespace {
-
-const QByteArray good = RawServer::answer(R"({"status":"ok","result":{"n":12345678901,"t":"x"}})");
-
-QVariantMap environment(const QString &address)
-{
-    return {{"cloudEnvironment", "test"},
-            {"environments", QVariantMap{{"test", QVariantMap{{"cloud", address}}}}}};
-}
 
 void writeFile(const QString &path, const QByteArray &content)
 {
@@ -28,7 +13,7 @@ void writeFile(const QString &path, const QByteArray &content)
 } // namespace
 
 /// The request library's good ways: what goes over the wire, configuration, lifetimes, reuse.
-class tst_Nubelo : public QObject
+class tst_Nubelo : public CloudFixture
 {
     Q_OBJECT
 
@@ -48,17 +33,10 @@ private Q_SLOTS:
     void isConfiguredFromAnyThread();
 
 private:
-    QStringList configure(const QVariantMap &data)
-    {
-        return ReplyOutcome::of(manager->setConfigData(data, {})).order;
-    }
-
     ReplyOutcome requestStatus()
     {
         return ReplyOutcome::of(manager->request("status", {{"source", "cloud"}}, {}));
     }
-
-    std::unique_ptr<Manager> manager;
 };
 
 void tst_Nubelo::init()
@@ -103,7 +81,7 @@ void tst_Nubelo::buildsTheRequest()
     QFETCH(QString, append);
     QFETCH(QByteArray, body);
     RawServer server(RawServer::answering(good));
-    configure(environment(server.url("/v1/")));
+    useAddress(server.url("/v1/"));
     const QVariantMap headers{
         {"X-Auth-Token", "T"}, {"X-Empty", ""}, {"X-Text", QString::fromUtf8("ä")}};
     envelope.insert("headers", headers);
@@ -150,7 +128,7 @@ void tst_Nubelo::requestsAddresses()
 void tst_Nubelo::deliversAnswersOverOneConnection()
 {
     RawServer server(RawServer::answering(good));
-    configure(environment(server.url()));
+    useAddress(server.url());
     for (int i = 0; i < 20; ++i) {
         const auto outcome = requestStatus();
         QCOMPARE(outcome.order, QStringList("finished"));
@@ -172,7 +150,7 @@ void tst_Nubelo::runsRequestsSideBySide()
                 one->write(good);
         }
     });
-    configure(environment(server.url()));
+    useAddress(server.url());
     int finished = 0;
     for (int i = 0; i < 5; ++i) {
         auto *reply = manager->request("status", {{"source", "cloud"}}, {});
@@ -184,7 +162,7 @@ void tst_Nubelo::runsRequestsSideBySide()
 void tst_Nubelo::keepsAnOutcomeForALateReceiver()
 {
     RawServer server(RawServer::answering(RawServer::answer("", 500)));
-    configure(environment(server.url()));
+    useAddress(server.url());
     auto *reply = manager->request("status", {{"source", "cloud"}}, {});
     QTRY_COMPARE(server.requests(), 1);
     QCOMPARE(requestStatus().code, Error::InternalServerError); // and the first one's turns too
@@ -195,7 +173,7 @@ void tst_Nubelo::keepsAnOutcomeForALateReceiver()
 void tst_Nubelo::forgetsAReleasedReply()
 {
     RawServer server(RawServer::answering(good));
-    configure(environment(server.url()));
+    useAddress(server.url());
     for (int i = 0; i < 50; ++i) {
         auto *reply = manager->request("status", {{"source", "cloud"}}, {});
         if (i % 2)
@@ -221,7 +199,7 @@ void tst_Nubelo::mergesConfigurations()
 
     // Another environment is another address, from the next request on.
     RawServer server(RawServer::answering(good));
-    configure(environment("http://127.0.0.1:1"));
+    useAddress("http://127.0.0.1:1");
     configure({{"environments", QVariantMap{{"b", QVariantMap{{"cloud", server.url()}}}}}});
     QCOMPARE(requestStatus().code, Error::ConnectionRefusedError);
     configure({{"cloudEnvironment", "b"}});
@@ -254,7 +232,7 @@ void tst_Nubelo::refusesAWrongConfigurationAsAWhole()
 {
     QFETCH(QString, key);
     QFETCH(QVariant, value);
-    configure(environment("http://127.0.0.1:1"));
+    useAddress("http://127.0.0.1:1");
     const QVariantMap before = manager->configData();
     Nubelo::Reply *reply = manager->setConfigData({{key, value}, {"other", "good"}}, {});
     QCOMPARE(reply->status(), Error::ConfigDataError);
