@@ -151,14 +151,21 @@ void Transport::finishCompleted()
 
 void Transport::finish(CURL *easy, CURLcode code)
 {
-    m_connections.remember(easy);
-    curl_multi_remove_handle(m_multi.get(), easy);
     const auto found = m_exchanges.find(easy);
-    const std::optional<HttpAnswer> answer = found->second.transfer->completed(code);
-    if (!answer) {
-        curl_multi_add_handle(m_multi.get(), easy);
-        return;
+    std::optional<HttpAnswer> answer;
+    try {
+        m_connections.remember(easy);
+        curl_multi_remove_handle(m_multi.get(), easy);
+        answer = found->second.transfer->completed(code);
+        if (!answer && curl_multi_add_handle(m_multi.get(), easy) != CURLM_OK)
+            throw std::bad_alloc();
+    } catch (const std::bad_alloc &) {
+        // Nobody would see it leave the event loop, and the reply would never end.
+        curl_multi_remove_handle(m_multi.get(), easy);
+        answer = HttpAnswer{Error::UnknownNetworkError, {}, 0, {}};
     }
+    if (!answer)
+        return;
     const Exchange ended = std::move(found->second);
     m_exchanges.erase(found);
     disconnect(ended.receiverGone);
