@@ -31,7 +31,7 @@ const char defaults[] = R"({
         "status": { "path": "/status", "method": "GET" }
     },
     "timeouts": { "connectMs": 10000, "totalMs": 30000 },
-    "limits": { "answerBytes": 16777216 },
+    "limits": { "answerBytes": 1048576 },
     "tls": { "caFile": "", "minimumVersion": "1.2" },
     "proxy": "system"
 })";

@@ -1,15 +1,12 @@
 #include "nubelo/CurlError_p.h"
 
+#include <QtCore/QByteArray>
+
+#include <new>
+
 namespace Nubelo {
 
 namespace {
-
-bool isConnecting(CURL *easy)
-{
-    curl_off_t microseconds = 0;
-    curl_easy_getinfo(easy, CURLINFO_CONNECT_TIME_T, &microseconds);
-    return microseconds == 0;
-}
 
 bool proxyAsksForCredentials(CURL *easy)
 {
@@ -18,30 +15,46 @@ bool proxyAsksForCredentials(CURL *easy)
     return status == 407;
 }
 
+// libcurl says "out of memory" for a header line that is longer than it holds, too.
+Error::ErrorCode codeOfMissingMemory(const CurlSituation &situation)
+{
+    if (!situation.isAsked || situation.isHeaderComplete)
+        return Error::UnknownNetworkError;
+    try {
+        const QByteArray asMuch(256 * 1024, Qt::Uninitialized);
+        return Error::RemoteHostClosedError;
+    } catch (const std::bad_alloc &) {
+        return Error::UnknownNetworkError;
+    }
+}
+
 } // namespace
 
-Error::ErrorCode codeOfCurlError(CURL *easy, CURLcode code, bool throughProxy)
+Error::ErrorCode codeOfCurlError(CURL *easy, CURLcode code, const CurlSituation &situation)
 {
     if (proxyAsksForCredentials(easy))
         return Error::ProxyAuthenticationRequiredError;
     switch (code) {
     case CURLE_COULDNT_CONNECT:
-        return throughProxy ? Error::ProxyConnectionRefusedError : Error::ConnectionRefusedError;
+        return situation.isThroughProxy ? Error::ProxyConnectionRefusedError
+                                        : Error::ConnectionRefusedError;
     case CURLE_COULDNT_RESOLVE_PROXY:
         return Error::ProxyNotFoundError;
     case CURLE_COULDNT_RESOLVE_HOST:
         return Error::HostNotFoundError;
     case CURLE_OPERATION_TIMEDOUT:
-        return throughProxy && isConnecting(easy) ? Error::ProxyTimeoutError : Error::TimeoutError;
+        return situation.isThroughProxy && !situation.isAnswerBegun ? Error::ProxyTimeoutError
+                                                                    : Error::TimeoutError;
     case CURLE_PROXY:
         return Error::ProxyConnectionClosedError;
     case CURLE_GOT_NOTHING:
     case CURLE_PARTIAL_FILE:
     case CURLE_RECV_ERROR:
     case CURLE_SEND_ERROR:
-    case CURLE_WRITE_ERROR: // the size limit cuts an answer short from this side
-    case CURLE_HTTP2:
-    case CURLE_HTTP2_STREAM:
+    case CURLE_ABORTED_BY_CALLBACK: // closed without an answer to what must not be sent twice
+#if LIBCURL_VERSION_NUM >= 0x080600
+    case CURLE_TOO_LARGE: // a header line
+#endif
         return Error::RemoteHostClosedError;
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_PEER_FAILED_VERIFICATION:
@@ -51,8 +64,10 @@ Error::ErrorCode codeOfCurlError(CURL *easy, CURLcode code, bool throughProxy)
     case CURLE_SSL_ISSUER_ERROR:
     case CURLE_SSL_INVALIDCERTSTATUS:
         return Error::SslHandshakeFailedError;
+    case CURLE_OUT_OF_MEMORY:
+        return codeOfMissingMemory(situation);
     case CURLE_URL_MALFORMAT:
-        return Error::RequestParamsNotValid;
+        return situation.isRedirected ? Error::ProtocolFailure : Error::RequestParamsNotValid;
     case CURLE_UNSUPPORTED_PROTOCOL: // an answer that does not even start like HTTP
     case CURLE_WEIRD_SERVER_REPLY:
     case CURLE_BAD_CONTENT_ENCODING:

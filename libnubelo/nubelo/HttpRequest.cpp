@@ -66,6 +66,14 @@ bool isHeader(const QByteArray &name, const QByteArray &value)
            std::none_of(value.begin(), value.end(), isControl);
 }
 
+// How long the body is and where it ends is the library's to say: another length would make a part
+// of it the start of the next request.
+bool isFraming(const QByteArray &name)
+{
+    return name.compare("content-length", Qt::CaseInsensitive) == 0 ||
+           name.compare("transfer-encoding", Qt::CaseInsensitive) == 0;
+}
+
 Error::ErrorCode addHeaders(const QVariantMap &headers, HttpRequest &request, QString &problem)
 {
     for (auto header = headers.begin(); header != headers.end(); ++header) {
@@ -75,8 +83,31 @@ Error::ErrorCode addHeaders(const QVariantMap &headers, HttpRequest &request, QS
             problem = QStringLiteral("it has a header that HTTP cannot carry");
             return Error::RequestParamsNotValid;
         }
+        if (isFraming(name)) {
+            problem = QStringLiteral("it has a header that the library sets itself");
+            return Error::RequestParamsNotValid;
+        }
         request.headers.append(name + ": " + value);
     }
+    return Error::NoError;
+}
+
+// Behind "http://host" the text "@other/" or ":81" would name another origin.
+bool changesOrigin(const QByteArray &address, const QByteArray &appended)
+{
+    const QByteArray rest = address.mid(address.indexOf("://") + 3);
+    const bool isAuthorityEnded = rest.contains('/') || rest.contains('?');
+    return !isAuthorityEnded && !appended.isEmpty() && appended[0] != '/' && appended[0] != '?';
+}
+
+Error::ErrorCode append(const QString &text, HttpRequest &request, QString &problem)
+{
+    const QByteArray appended = encodedAsAddress(text);
+    if (changesOrigin(request.url, appended)) {
+        problem = QStringLiteral("the text behind its address would change the host");
+        return Error::RequestParamsNotValid;
+    }
+    request.url += appended;
     return Error::NoError;
 }
 
@@ -104,8 +135,8 @@ Error::ErrorCode locate(const Configuration &configuration, const QString &name,
         return Error::ConfigDataError;
     }
     request.method = known->method;
-    request.url = QUrl(address).toEncoded() + encodedAsAddress(known->path);
-    return Error::NoError;
+    request.url = QUrl(address).toEncoded();
+    return append(known->path, request, problem);
 }
 
 } // namespace
@@ -118,15 +149,16 @@ Error::ErrorCode buildRequest(const Configuration &configuration, const QString 
     const QVariantMap params = envelope.value(QStringLiteral("params")).toMap();
     const QString source = envelope.value(QStringLiteral("source")).toString();
 
-    const Error::ErrorCode located = locate(configuration, name, source, request, problem);
-    if (located != Error::NoError)
-        return located;
+    Error::ErrorCode code = locate(configuration, name, source, request, problem);
+    if (code == Error::NoError)
+        code = append(appendToUrl, request, problem);
+    if (code != Error::NoError)
+        return code;
     if (!method.isEmpty())
         request.method = method;
     else if (request.isAddress)
         request.method = body.isEmpty() ? "GET" : "POST";
 
-    request.url += encodedAsAddress(appendToUrl);
     if (!params.isEmpty())
         request.url += (request.url.contains('?') ? '&' : '?') + queryOf(params);
 

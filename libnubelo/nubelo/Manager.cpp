@@ -40,7 +40,7 @@ struct Manager::Private
     Reply *send(const QString &name, const QByteArray &method, const QString &appendToUrl,
                 const QVariantMap &envelope);
     Reply *configure(const QVariantMap &changes, bool replace);
-    Reply *settledReply(const Outcome &outcome);
+    Reply *immediateReply(const Outcome &outcome);
 
     Manager *const q;
     mutable std::mutex mutex;
@@ -118,18 +118,18 @@ Reply *Manager::Private::send(const QString &name, const QByteArray &method,
     QString problem;
     const Error::ErrorCode code =
         buildRequest(*configured, name, method, appendToUrl, envelope, request, problem);
-    auto *reply = new Reply(q);
+    std::unique_ptr<Reply> reply(new Reply(q));
     if (code != Error::NoError) {
         qCWarning(logNubelo).noquote() << "request not sent:" << problem;
-        reply->settle({code, {}, {}});
-        return reply;
+        reply->refuse({code, {}, {}});
+        return reply.release();
     }
     const bool isAddress = request.isAddress;
-    transport().start(std::move(request), configured->rules, reply,
-                      [reply, isAddress](const HttpAnswer &answer) {
+    transport().start(std::move(request), configured->rules, reply.get(),
+                      [reply = reply.get(), isAddress](const HttpAnswer &answer) {
                           reply->settle(outcomeOf(answer, isAddress));
                       });
-    return reply;
+    return reply.release();
 }
 
 Reply *Manager::setConfigPath(const QString &path, const QVariantMap &extra)
@@ -141,7 +141,7 @@ Reply *Manager::setConfigPath(const QString &path, const QVariantMap &extra)
     if (code == Error::NoError)
         return d->configure(data, true);
     qCWarning(logNubelo).noquote() << "configuration file" << path << "not used:" << problem;
-    return d->settledReply({code, {}, {}});
+    return d->immediateReply({code, {}, {}});
 }
 
 Reply *Manager::setConfigData(const QVariantMap &data, const QVariantMap &extra)
@@ -163,12 +163,12 @@ Reply *Manager::Private::configure(const QVariantMap &changes, bool replace)
             configuration = std::make_shared<Configuration>(std::move(next));
     }
     if (problem.isEmpty())
-        return settledReply(success());
+        return immediateReply(success());
     qCWarning(logNubelo).noquote() << "configuration not changed:" << problem;
-    return settledReply({Error::ConfigDataError, {}, {}});
+    return immediateReply({Error::ConfigDataError, {}, {}});
 }
 
-Reply *Manager::Private::settledReply(const Outcome &outcome)
+Reply *Manager::Private::immediateReply(const Outcome &outcome)
 {
     // Made on whatever thread configures; from here on it belongs to the Manager's.
     auto *reply = new Reply;
@@ -178,7 +178,7 @@ Reply *Manager::Private::settledReply(const Outcome &outcome)
     else
         QMetaObject::invokeMethod(
             q, [this, reply] { reply->setParent(q); }, Qt::QueuedConnection);
-    reply->settle(outcome);
+    reply->refuse(outcome);
     return reply;
 }
 

@@ -19,7 +19,8 @@ namespace Nubelo {
 /// An envelope holds "source" (which address of the environment), "body" (a map, sent as JSON),
 /// "params" (a map, sent as the query) and "headers" (a map, sent as HTTP headers). The name is one
 /// of the known requests, or an http or https address, whose body then becomes the "result" as
-/// text. No call returns null; what is wrong with a request is reported by its reply.
+/// text. No call returns null; what is wrong with a request is reported by its reply, and nothing
+/// but std::bad_alloc leaves a call.
 class NUBELO_EXPORT Manager : public QObject
 {
     Q_OBJECT

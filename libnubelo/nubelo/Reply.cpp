@@ -27,11 +27,16 @@ Error::ErrorCode Reply::status() const
     return d->status;
 }
 
+void Reply::refuse(Outcome outcome)
+{
+    d->status = outcome.code;
+    settle(std::move(outcome));
+}
+
 void Reply::settle(Outcome outcome)
 {
     if (d->settled)
         return;
-    d->status = outcome.code;
     d->outcome = std::move(outcome);
     d->settled = true;
     QMetaObject::invokeMethod(this, &Reply::deliver, Qt::QueuedConnection);
@@ -42,6 +47,7 @@ void Reply::deliver()
     if (!d->outcome || !isSignalConnected(QMetaMethod::fromSignal(&Reply::finished)))
         return;
     const Outcome outcome = *std::exchange(d->outcome, std::nullopt);
+    d->status = outcome.code;
     // A receiver may delete the reply between two signals.
     const QPointer<Reply> alive(this);
     if (!outcome.sslErrors.isEmpty())

@@ -28,7 +28,9 @@ class NUBELO_EXPORT Reply : public QObject
 public:
     ~Reply() override;
 
-    /// The error known so far, NoError while there is none. Callable from any thread.
+    /// What was found before anything was sent is known here at once. The outcome of a transfer,
+    /// however quick, is known from its delivery on: whoever creates a reply, finds no error and
+    /// connects in the same turn receives every signal. Callable from any thread.
     Nubelo::Error::ErrorCode status() const;
 
 Q_SIGNALS:
@@ -48,7 +50,8 @@ protected:
 private:
     friend class Manager;
     explicit Reply(QObject *parent = nullptr);
-    void settle(Outcome outcome);
+    void refuse(Outcome outcome); ///< ends it in the call that creates it; status() tells at once
+    void settle(Outcome outcome); ///< ends it; status() tells with the delivery
     void deliver();
 
     struct Q_DECL_HIDDEN Private;

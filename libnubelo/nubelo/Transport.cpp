@@ -2,6 +2,8 @@
 
 #include <QtCore/QSocketNotifier>
 
+#include <new>
+
 namespace Nubelo {
 
 namespace {
@@ -59,6 +61,8 @@ Transport::Transport(QObject *parent)
     , m_timer(this)
     , m_multi(curl_multi_init(), &curl_multi_cleanup)
 {
+    if (!m_multi)
+        throw std::bad_alloc();
     curl_multi_setopt(m_multi.get(), CURLMOPT_SOCKETFUNCTION, &Transport::onSocket);
     curl_multi_setopt(m_multi.get(), CURLMOPT_SOCKETDATA, this);
     curl_multi_setopt(m_multi.get(), CURLMOPT_TIMERFUNCTION, &Transport::onTimerWanted);
@@ -75,14 +79,19 @@ Transport::~Transport()
 
 void Transport::start(HttpRequest request, const TransferRules &rules, QObject *receiver, Done done)
 {
-    auto transfer = std::make_unique<Transfer>(std::move(request), rules);
+    auto transfer = std::make_unique<Transfer>(std::move(request), rules, m_connections);
     CURL *easy = transfer->handle();
-    const auto receiverGone = connect(receiver, &QObject::destroyed, this, [this, easy] {
+    Exchange &exchange =
+        m_exchanges.emplace(easy, Exchange{std::move(transfer), std::move(done), {}}).first->second;
+    exchange.receiverGone = connect(receiver, &QObject::destroyed, this, [this, easy] {
         curl_multi_remove_handle(m_multi.get(), easy);
         m_exchanges.erase(easy);
     });
-    m_exchanges.emplace(easy, Exchange{std::move(transfer), std::move(done), receiverGone});
-    curl_multi_add_handle(m_multi.get(), easy);
+    if (curl_multi_add_handle(m_multi.get(), easy) != CURLM_OK) {
+        disconnect(exchange.receiverGone);
+        m_exchanges.erase(easy);
+        throw std::bad_alloc();
+    }
     // Now and not by the timer that libcurl asks for: the request leaves in this turn.
     act(CURL_SOCKET_TIMEOUT, 0);
 }
@@ -100,13 +109,17 @@ int Transport::onSocket(CURL *easy, curl_socket_t socket, int what, void *transp
         }
         return 0;
     }
-    if (!watched) {
-        watched = new SocketWatch(socket, self,
-                                  [self, socket](int events) { self->act(socket, events); });
-        curl_multi_assign(self->m_multi.get(), socket, watched);
+    try {
+        if (!watched) {
+            watched = new SocketWatch(socket, self,
+                                      [self, socket](int events) { self->act(socket, events); });
+            curl_multi_assign(self->m_multi.get(), socket, watched);
+        }
+        watched->watch(what);
+        return 0;
+    } catch (const std::bad_alloc &) {
+        return -1; // ends all transfers: none of them would ever be heard of again
     }
-    watched->watch(what);
-    return 0;
 }
 
 int Transport::onTimerWanted(CURLM *multi, long milliseconds, void *transport)
@@ -138,13 +151,21 @@ void Transport::finishCompleted()
 
 void Transport::finish(CURL *easy, CURLcode code)
 {
-    curl_multi_remove_handle(m_multi.get(), easy);
     const auto found = m_exchanges.find(easy);
-    const std::optional<HttpAnswer> answer = found->second.transfer->completed(code);
-    if (!answer) {
-        curl_multi_add_handle(m_multi.get(), easy);
-        return;
+    std::optional<HttpAnswer> answer;
+    try {
+        m_connections.remember(easy);
+        curl_multi_remove_handle(m_multi.get(), easy);
+        answer = found->second.transfer->completed(code);
+        if (!answer && curl_multi_add_handle(m_multi.get(), easy) != CURLM_OK)
+            throw std::bad_alloc();
+    } catch (const std::bad_alloc &) {
+        // Nobody would see it leave the event loop, and the reply would never end.
+        curl_multi_remove_handle(m_multi.get(), easy);
+        answer = HttpAnswer{Error::UnknownNetworkError, {}, 0, {}};
     }
+    if (!answer)
+        return;
     const Exchange ended = std::move(found->second);
     m_exchanges.erase(found);
     disconnect(ended.receiverGone);

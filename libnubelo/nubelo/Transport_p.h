@@ -3,6 +3,7 @@
 #include "nubelo/Answer_p.h"
 #include "nubelo/Configuration_p.h"
 #include "nubelo/HttpRequest_p.h"
+#include "nubelo/IdleConnections_p.h"
 #include "nubelo/Transfer_p.h"
 
 #include <QtCore/QObject>
@@ -38,7 +39,7 @@ public:
     ~Transport() override;
 
     /// Calls `done` once, possibly before it returns, unless `receiver` dies first: that drops the
-    /// request.
+    /// request. Throws std::bad_alloc, and then does nothing.
     void start(HttpRequest request, const TransferRules &rules, QObject *receiver, Done done);
 
 private:
@@ -56,6 +57,7 @@ private:
     };
 
     QTimer m_timer;
+    IdleConnections m_connections;
     std::unique_ptr<CURLM, CURLMcode (*)(CURLM *)> m_multi;
     std::unordered_map<CURL *, Exchange> m_exchanges;
 };
