@@ -19,18 +19,24 @@ function(passport_target_defaults target)
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wundef
     # Qt's logging macros.
-    $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-gnu-zero-variadic-macro-arguments>)
+    $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-gnu-zero-variadic-macro-arguments>
+    # What is handed out does not tell where it was built; in a debug build the debugger needs the paths.
+    $<$<NOT:$<CONFIG:Debug>>:
+      -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build>)
 endfunction()
 
-# passport_add_library(name SOURCES file...): a shared library that finds its neighbours beside itself.
+# passport_add_library(name SOURCES file...): a shared library that finds its neighbours beside itself. Until
+# 1.0 each minor version may break hosts, for the loader as for find_package().
 function(passport_add_library target)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES")
   add_library(${target} SHARED ${ARG_SOURCES})
+  add_library(Passport::${target} ALIAS ${target})
   passport_target_defaults(${target})
+  target_compile_features(${target} PUBLIC cxx_std_17)
   passport_set_install_rpath(${target} "")
   set_target_properties(${target} PROPERTIES
     VERSION ${PROJECT_VERSION}
-    SOVERSION 0
+    SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
     LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib"
     MACOSX_RPATH ON)
 endfunction()
@@ -42,7 +48,9 @@ function(passport_add_tool target)
   passport_target_defaults(${target})
   passport_set_install_rpath(${target} "/../${CMAKE_INSTALL_LIBDIR}")
   set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
-  install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  if(PASSPORT_INSTALL)
+    install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+  endif()
 endfunction()
 
 # passport_add_test(name SOURCES file... LIBRARIES target... [TIMEOUT seconds]): one Qt Test program.

@@ -11,7 +11,8 @@ int main(int argc, char *argv[])
     QCoreApplication application(argc, argv);
     VelqorPassPort::PassportNubelo client;
     QVariant result;
-    const auto record = client.requestNubelo(result, application.arguments().value(1), Nubelo::Manager::Get);
+    const auto record =
+        client.requestNubelo(result, application.arguments().value(1), Nubelo::Manager::Get);
     std::printf("%s\n", qPrintable(record.errorCode == VelqorPassPort::CommunityErrorCode::NoError
                                        ? result.toString()
                                        : record.errorName));

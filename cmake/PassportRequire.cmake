@@ -1,0 +1,17 @@
+# passport_require(package [version] [COMPONENTS name...] DEBIAN name... HOMEBREW name...): a package that the
+# build cannot do without. Where it is missing or too old, one sentence says what to install.
+# A macro, since what find_package() sets belongs to the caller.
+macro(passport_require package)
+  cmake_parse_arguments(require "" "" "COMPONENTS;DEBIAN;HOMEBREW" ${ARGN})
+  find_package(${package} ${require_UNPARSED_ARGUMENTS} QUIET COMPONENTS ${require_COMPONENTS})
+  if(NOT ${package}_FOUND)
+    string(JOIN " " require_what ${package} ${require_COMPONENTS})
+    if(require_UNPARSED_ARGUMENTS)
+      string(APPEND require_what " ${require_UNPARSED_ARGUMENTS} or newer")
+    endif()
+    string(JOIN " " require_debian ${require_DEBIAN})
+    string(JOIN " " require_homebrew ${require_HOMEBREW})
+    message(FATAL_ERROR "This build needs the package ${require_what}: "
+      "install ${require_debian} (Debian) or ${require_homebrew} (Homebrew).")
+  endif()
+endmacro()
