@@ -19,6 +19,7 @@ foreach(folder common config crypto hub passport)
     FILES_MATCHING PATTERN "*.h"
     PATTERN "*_p.h" EXCLUDE
     PATTERN "cloud" EXCLUDE
+    PATTERN "facade" EXCLUDE
     PATTERN "kernels" EXCLUDE)
 endforeach()
 if(PASSPORT_BUNDLED_NUBELO)
