@@ -85,7 +85,7 @@ QString tst_Flows::captcha(const QString &purpose)
 void tst_Flows::signsSeededAccountsIn_data()
 {
     const auto row = columns<QString, QString, QString, int, QString, bool>(
-        "user", "area", "password", "code", "nickName", "company");
+        "user", "area", "typed", "code", "nickName", "company");
     row("by phone", "13800000001", "86", password, Code::NoError, "Ada", true);
     row("not ASCII", QString::fromUtf8("李明"), "", QString::fromUtf8("пароль-密码-ß 3"),
         Code::NoError, QString::fromUtf8("Lǐ Míng"), true);
@@ -99,10 +99,10 @@ void tst_Flows::signsSeededAccountsIn_data()
 void tst_Flows::signsSeededAccountsIn()
 {
     QFETCH(QString, user);
-    QFETCH(QString, password);
+    QFETCH(QString, typed);
     QFETCH(QString, area);
     QFETCH(int, code);
-    QCOMPARE(int(signIn(user, password, area).errorCode), code);
+    QCOMPARE(int(signIn(user, typed, area).errorCode), code);
     QTEST(profile.value("nickName").toString(), "nickName");
     QTEST(profile.contains("companyName"), "company");
     QCOMPARE(client->token().isEmpty(), code != Code::NoError);

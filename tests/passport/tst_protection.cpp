@@ -157,7 +157,7 @@ void tst_Protection::isUsedFromSeveralThreads()
 {
     std::atomic<int> good{0};
     std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
+    for (std::size_t thread = 0; thread < 4; ++thread) {
         threads.emplace_back([&, thread] {
             const std::string text(100 + thread, char('a' + thread));
             for (int i = 0; i < 200; ++i) {

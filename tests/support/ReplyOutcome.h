@@ -30,15 +30,15 @@ struct ReplyOutcome
                              outcome->sslErrors = errors;
                          });
         QObject::connect(reply, &Nubelo::Reply::errorOccurred, reply,
-                         [outcome](Nubelo::Error::ErrorCode code) {
+                         [outcome](Nubelo::Error::ErrorCode error) {
                              outcome->order << "error";
-                             outcome->code = code;
+                             outcome->code = error;
                          });
         QObject::connect(reply, &Nubelo::Reply::finished, reply,
-                         [outcome, &later](const QVariantMap &map) {
+                         [outcome, &later](const QVariantMap &answer) {
                              outcome->order << "finished";
                              ++outcome->finished;
-                             outcome->map = map;
+                             outcome->map = answer;
                              outcome->fromLaterTurn = later;
                          });
         later = true;
