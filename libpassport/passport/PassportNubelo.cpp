@@ -49,7 +49,6 @@ PassportCommunityError withoutReply()
 PassportNubelo::PassportNubelo(QObject *parent)
     : QObject(parent)
     , m_manager(new Nubelo::Manager(nullptr))
-    , m_openWaits(std::make_shared<OpenWaits>())
 {
     // They cross threads as signal arguments, whatever the request library declares about them.
     qRegisterMetaType<Nubelo::Manager::HttpRequestType>("Nubelo::Manager::HttpRequestType");
@@ -66,7 +65,7 @@ PassportNubelo::PassportNubelo(QObject *parent)
     // Only the application's own thread is woken by its quit. Directly, and without this object,
     // which another thread may be destroying.
     if (QCoreApplication *application = QCoreApplication::instance()) {
-        const auto cancelAll = [waits = m_openWaits] { waits->cancel(); };
+        const auto cancelAll = [] { OpenWaits::cancel(); };
         connect(application, &QCoreApplication::aboutToQuit, this, cancelAll, Qt::DirectConnection);
         connect(application, &QObject::destroyed, this, cancelAll, Qt::DirectConnection);
     }
@@ -165,7 +164,7 @@ PassportCommunityError PassportNubelo::setErrorCode(Nubelo::Error::ErrorCode err
 
 void PassportNubelo::cancel()
 {
-    m_openWaits->cancel();
+    OpenWaits::cancel(this);
 }
 
 PassportCommunityError PassportNubelo::exchange(const QString &name, QVariant &result,
@@ -177,7 +176,7 @@ PassportCommunityError PassportNubelo::exchange(const QString &name, QVariant &r
     }
     // Known before the application object is looked at: its end cancels what is known.
     const auto wait = std::make_shared<ReplyWait>(name);
-    const OpenWaits::Entry entry(m_openWaits, wait);
+    const OpenWaits::Entry entry(this, wait);
     if (!QCoreApplication::instance())
         return communityError(callCanceled);
 

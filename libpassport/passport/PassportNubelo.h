@@ -15,11 +15,8 @@
 #include <QtCore/QVariantMap>
 
 #include <functional>
-#include <memory>
 
 namespace VelqorPassPort {
-
-class OpenWaits;
 
 /// The client of the account cloud: turns the request library's asynchronous replies into calls
 /// that block and return a record.
@@ -208,7 +205,6 @@ private:
     PassportCommunityError exchange(const QString &name, QVariant &result, const Call &call);
 
     Nubelo::Manager *m_manager = nullptr;
-    std::shared_ptr<OpenWaits> m_openWaits;
     QString m_token;
     QVariantMap m_userInfo;
     QString m_captchaId; // a UUID without braces

@@ -5,11 +5,12 @@
 #include <algorithm>
 #include <memory>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace VelqorPassPort {
 
-/// The waits of one client's calls in progress, so that any thread can cancel them.
+/// The waits of all calls in progress, so that any thread can cancel them.
 class OpenWaits
 {
 public:
@@ -17,36 +18,36 @@ public:
     class Entry
     {
     public:
-        Entry(std::shared_ptr<OpenWaits> waits, std::shared_ptr<ReplyWait> wait)
-            : m_waits(std::move(waits))
-            , m_wait(std::move(wait))
+        Entry(const void *client, std::shared_ptr<ReplyWait> wait) : m_wait(std::move(wait))
         {
-            const std::lock_guard lock(m_waits->m_mutex);
-            m_waits->m_open.push_back(m_wait);
+            const std::lock_guard lock(s_mutex);
+            s_open.emplace_back(client, m_wait);
         }
         ~Entry()
         {
-            const std::lock_guard lock(m_waits->m_mutex);
-            auto &open = m_waits->m_open;
-            open.erase(std::find(open.begin(), open.end(), m_wait));
+            const std::lock_guard lock(s_mutex);
+            s_open.erase(std::find_if(s_open.begin(), s_open.end(),
+                                      [this](const auto &open) { return open.second == m_wait; }));
         }
         Q_DISABLE_COPY_MOVE(Entry)
 
     private:
-        const std::shared_ptr<OpenWaits> m_waits;
         const std::shared_ptr<ReplyWait> m_wait;
     };
 
-    void cancel()
+    /// Cancels the waits of one client, or of all without one.
+    static void cancel(const void *client = nullptr)
     {
-        const std::lock_guard lock(m_mutex);
-        for (const auto &wait : m_open)
-            wait->cancel();
+        const std::lock_guard lock(s_mutex);
+        for (const auto &[owner, wait] : s_open) {
+            if (!client || owner == client)
+                wait->cancel();
+        }
     }
 
 private:
-    std::mutex m_mutex;
-    std::vector<std::shared_ptr<ReplyWait>> m_open;
+    static inline std::mutex s_mutex; // guards what follows
+    static inline std::vector<std::pair<const void *, std::shared_ptr<ReplyWait>>> s_open;
 };
 
 } // namespace VelqorPassPort
