@@ -27,6 +27,8 @@ if(PASSPORT_BUNDLED_NUBELO)
     FILES_MATCHING PATTERN "*.h" PATTERN "*_p.h" EXCLUDE)
 endif()
 
+install(FILES "${PROJECT_SOURCE_DIR}/libpassport/errors.tsv" DESTINATION "${CMAKE_INSTALL_DATADIR}/libpassport")
+
 install(EXPORT PassportTargets NAMESPACE Passport:: DESTINATION ${package_dir})
 configure_package_config_file(cmake/PassportConfig.cmake.in "${PROJECT_BINARY_DIR}/PassportConfig.cmake"
   INSTALL_DESTINATION ${package_dir})

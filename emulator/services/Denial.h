@@ -13,8 +13,7 @@ class Denial : public std::exception
     Q_GADGET
 
 public:
-    /// Tells the client why; named as it is sent. emulator/README.md says what each means, and the
-    /// web pages have a sentence for each.
+    /// Tells the client why; named as it is sent. libpassport/errors.tsv says what each means.
     enum Word {
         authErr,
         captchaErr,

@@ -3,6 +3,8 @@
 #include "http/Refusal.h"
 #include "services/PrivacyPage.h"
 
+#include <errortable/ErrorTable.h>
+
 #include <QtCore/QFile>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
@@ -71,16 +73,13 @@ QString withValues(const QString &source, const QMap<QString, QString> &values)
 }
 
 // What a page says about a word of the service or of its own script, and the field it is about.
-void addSentence(QMap<QString, QString> &texts, const QString &key, const QString &text,
+void addSentence(QMap<QString, QString> &texts, const QString &word, const QString &text,
                  const QString &field)
 {
-    const QLatin1String prefix("error.");
-    if (!key.startsWith(prefix))
-        return;
     const QString attribute =
         field.isEmpty() ? QString() : QStringLiteral(" data-field=\"%1\"").arg(field);
-    texts[QStringLiteral("sentences")] += QStringLiteral("<p data-word=\"%1\"%2>%3</p>\n")
-                                              .arg(key.mid(prefix.size()), attribute, text);
+    texts[QStringLiteral("sentences")] +=
+        QStringLiteral("<p data-word=\"%1\"%2>%3</p>\n").arg(word, attribute, text);
 }
 
 // A page loads nothing from other origins, is not cached, and does not pass on its own address,
@@ -99,6 +98,7 @@ void addSecurityHeaders(Answer &answer)
 
 WebPages::WebPages()
 {
+    const QLatin1String prefix("error.");
     const QStringList lines =
         readFile(QStringLiteral("texts.tsv")).split(QLatin1Char('\n'), Qt::SkipEmptyParts).mid(1);
     for (const QString &line : lines) {
@@ -106,8 +106,16 @@ WebPages::WebPages()
         for (const Language language : {English, Chinese}) {
             const QString text = columns.value(1 + language).toHtmlEscaped();
             m_texts[language].insert(columns.value(0), text);
-            addSentence(m_texts[language], columns.value(0), text, columns.value(3));
+            if (columns.value(0).startsWith(prefix))
+                addSentence(m_texts[language], columns.value(0).mid(prefix.size()), text,
+                            columns.value(3));
         }
+    }
+    for (const ErrorEntry &entry : errorTable()) {
+        if (entry.kind != ErrorEntry::Kind::Word)
+            continue;
+        addSentence(m_texts[English], entry.name, entry.english.toHtmlEscaped(), entry.field);
+        addSentence(m_texts[Chinese], entry.name, entry.chinese.toHtmlEscaped(), entry.field);
     }
 }
 

@@ -14,7 +14,8 @@
 /// :/web/parts/{name}.html and {{key}} for the text with this key in :/web/texts.tsv, in the
 /// language of the query value lang or else of the Accept-Language header: Chinese if that begins
 /// with "zh", otherwise English. In parts, {{page}} is the page's name, {{page.title}} its title
-/// and so on; {{sentences}} are all the texts about errors, each with its word and its field.
+/// and so on; {{sentences}} are the error table's about the service's words and those in texts.tsv
+/// about what the pages themselves find, each with its word and its field.
 class WebPages
 {
 public:

@@ -5,7 +5,7 @@ export const element = (id) => document.getElementById(id);
 const requestSeconds = 30;
 const reportSeconds = 10;
 
-// Ends a submission. The word is one of the errors in texts.tsv or a new one of the service;
+// Ends a submission. The word is one of the service or an error in texts.tsv;
 // the detail stands in for %1 of its sentence, the field in for the one named there.
 export class Failure extends Error {
   constructor(word, { detail = '', field = null } = {}) {

@@ -1,6 +1,11 @@
 #include "common/EObject.h"
 #include "common/ErrorCommon.h"
+#include "errortable/ErrorTable.h"
+#include "passport/PassportCommunityError.h"
+#include "services/Denial.h"
 #include "support/Rows.h"
+
+using namespace VelqorPassPort;
 
 class TestErrors : public QObject
 {
@@ -10,6 +15,7 @@ private Q_SLOTS:
     void namesOfCodes_data();
     void namesOfCodes();
     void lastErrorMarksBareCodes();
+    void tableHasEachCodeAndWordOnce();
 };
 
 void TestErrors::namesOfCodes_data()
@@ -55,6 +61,37 @@ void TestErrors::lastErrorMarksBareCodes()
     QCOMPARE(object.lastError(), 0x80000000U);
     object.setLastError(0x05070001);
     QCOMPARE(object.lastError(), 0x05070001U);
+}
+
+void TestErrors::tableHasEachCodeAndWordOnce()
+{
+    const auto codes = QMetaEnum::fromType<CommunityErrorCode::ErrorCode>();
+    const auto denials = QMetaEnum::fromType<Denial::Word>();
+    QStringList expected{"word dbErr", "word unknownErr"}; // the emulator itself sends neither
+    for (int i = 0; i < codes.keyCount(); ++i)
+        expected += QString("code ") + codes.key(i);
+    for (int i = 0; i < denials.keyCount(); ++i)
+        expected += QString("word ") + denials.key(i);
+
+    QStringList found;
+    const QRegularExpression raw("Err|EC_|0x|HTTP"), chinese("\\p{Han}");
+    const QStringList fields{"", "username", "password", "captcha", "code"};
+    for (const ErrorEntry &entry : errorTable()) {
+        const bool isWord = entry.kind == ErrorEntry::Kind::Word;
+        found += (isWord ? "word " : "code ") + entry.name;
+        PassportCommunityError record;
+        record.setErrorCode(entry.name);
+        const int code = isWord ? record.errorCode : codes.keyToValue(entry.name.toLatin1());
+        QVERIFY2(entry.number == code && fields.contains(entry.field) &&
+                     QStringList({"yes", "no", "later"}).contains(entry.retry) &&
+                     entry.when.endsWith('.') && entry.advice.endsWith('.') &&
+                     entry.english.endsWith('.') && entry.chinese.contains(chinese) &&
+                     !(entry.english + entry.chinese).contains(raw),
+                 qPrintable(entry.name));
+    }
+    expected.sort();
+    found.sort();
+    QCOMPARE(found, expected);
 }
 
 QTEST_APPLESS_MAIN(TestErrors)

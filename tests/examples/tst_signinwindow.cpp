@@ -128,10 +128,10 @@ void tst_SignInWindow::signsInAndOutByKeyboard()
 void tst_SignInWindow::tellsFailuresInWords()
 {
     signIn("locked@example.com", "correct horse 2");
-    QCOMPARE(words(), QString("This account is locked."));
+    QCOMPARE(words(), QString("This account is locked. Please contact support."));
     emulator.addFault({{"request", "userLogin"}, {"kind", "word"}, {"word", "bogusErr"}});
     press(Qt::Key_Return);
-    QCOMPARE(words(), QString("That did not work (bogusErr)."));
+    QCOMPARE(words(), QString("The service has refused this."));
     emulator.devDelete("faults");
     signIn("ada@example.com", "wrong");
     QCOMPARE(words(), QString("The name or the password is wrong."));
@@ -187,7 +187,8 @@ void tst_SignInWindow::signsInByCode()
     press(Qt::Key_H, Qt::AltModifier);
     write("-" + first);
     press(Qt::Key_Return);
-    QCOMPARE(words(), QString("Those are not the characters in the picture."));
+    QCOMPARE(words(), QString("Those are not the characters in the picture. Please type "
+                              "those in the new one."));
     QCOMPARE(count("captcha"), 3);
     write(answer());
     press(Qt::Key_Return);

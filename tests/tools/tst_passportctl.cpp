@@ -93,6 +93,9 @@ void tst_Passportctl::answers_data()
     row("bad file", {"config", "--config", bad + "/config/SystemCfg.cfg"}, {}, 4, "DataError");
     row("no directory", {"sign-in", "--remember", user}, password, 4, "--passport-dir");
     row("bad directory", {"account", "--passport-dir", bad}, {}, 4, "SystemCfg.cfg: no file");
+    row("error by number", {"errors", "0x5070003"}, {}, 0, R"("words":["authErr","pwdErr"])");
+    row("error by name", {"errors", "PWDERR"}, {}, 0, R"("field":"password")");
+    row("unknown error", {"errors", "nope"}, {}, 2, "'passportctl errors' lists");
     row("refused fault", in(dir, "fault {\"kind\":\"none\"}"), {}, 1,
         "no passport-emulator took it");
 

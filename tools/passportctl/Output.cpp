@@ -1,5 +1,7 @@
 #include "Output.h"
 
+#include <errortable/ErrorTable.h>
+
 #include <QtCore/QJsonDocument>
 #include <QtCore/QTextStream>
 
@@ -10,94 +12,50 @@ using namespace VelqorPassPort;
 
 namespace {
 
-struct Explanation
+// The service's word where there is one, which says more than the name of its code.
+QString nameOf(const PassportCommunityError &record)
 {
-    CommunityErrorCode::ErrorCode code;
-    Exit exit;
-    const char *words;
-};
-
-const Explanation explanations[] = {
-    {CommunityErrorCode::NoError, Exit::Success, "success"},
-    {CommunityErrorCode::AuthErr, Exit::Refused,
-     "the password is wrong, or the session is not, or no longer, accepted"},
-    {CommunityErrorCode::NetErr, Exit::Unreachable, "the service did not answer in time"},
-    {CommunityErrorCode::EC_ConnectionRefusedError, Exit::Unreachable,
-     "nothing listens at the service's address"},
-    {CommunityErrorCode::EC_RemoteHostClosedError, Exit::Unreachable,
-     "the connection broke off before the answer was complete"},
-    {CommunityErrorCode::EC_HostNotFoundError, Exit::Unreachable,
-     "the service's host name is unknown"},
-    {CommunityErrorCode::EC_SslHandshakeFailedError, Exit::Unreachable,
-     "no trusted connection: see the certificate store that 'passportctl doctor' prints"},
-    {CommunityErrorCode::EC_ProtocolFailure, Exit::Unreachable,
-     "the answer is not one of an account service"},
-    {CommunityErrorCode::EC_ConfigDataError, Exit::Configuration,
-     "the configuration has a member of the wrong form, or the chosen environment has no address"},
-    {CommunityErrorCode::EC_FileNotExist, Exit::Configuration,
-     "there is no such configuration file"},
-    {CommunityErrorCode::EC_FileNotOpen, Exit::Configuration,
-     "the configuration file cannot be opened"},
-    {CommunityErrorCode::IllegalErr, Exit::Refused, "the service does not allow it"},
-    {CommunityErrorCode::DbErr, Exit::Refused, "the service has a problem with its storage"},
-    {CommunityErrorCode::UnknownErr, Exit::Refused, "the service failed without saying why"},
-};
-
-// What the account service says in a word of its own.
-const QPair<QLatin1String, QLatin1String> serviceWords[] = {
-    {QLatin1String("pwdErr"), QLatin1String("user name or password is wrong")},
-    {QLatin1String("notExistErr"), QLatin1String("there is no such account")},
-    {QLatin1String("captchaErr"), QLatin1String("that is not the text in the picture")},
-    {QLatin1String("captchaExpired"), QLatin1String("the captcha is too old")},
-    {QLatin1String("codeErr"), QLatin1String("the verification code is wrong")},
-    {QLatin1String("codeExpired"), QLatin1String("the verification code is too old, or used")},
-    {QLatin1String("tooManyTries"), QLatin1String("too many wrong codes; have a new one sent")},
-    {QLatin1String("tooFrequent"), QLatin1String("a code was sent only a moment ago")},
-    {QLatin1String("pwdTooShort"), QLatin1String("the new password is too short")},
-};
-
-const Explanation *explanationOf(CommunityErrorCode::ErrorCode code)
-{
-    const auto found = std::find_if(std::begin(explanations), std::end(explanations),
-                                    [&](const Explanation &one) { return one.code == code; });
-    return found == std::end(explanations) ? nullptr : found;
+    return record.errorMessage.isEmpty() ? record.errorName : record.errorMessage;
 }
 
-QString wordsOf(const PassportCommunityError &record)
+// Another request library may report codes that the table does not have.
+QString meaningOf(const ErrorEntry *entry)
 {
-    for (const auto &[word, words] : serviceWords) {
-        if (record.errorMessage == word)
-            return words;
-    }
-    const QString meaning = meaningOf(record.errorCode);
-    if (!meaning.isEmpty())
-        return meaning;
-    return record.errorMessage.isEmpty() ? QStringLiteral("the service could not be used")
-                                         : record.errorMessage;
+    return entry ? entry->when : QStringLiteral("The service could not be used.");
 }
 
-QString numberOf(const PassportCommunityError &record)
+QString adviceOf(const ErrorEntry *entry)
 {
-    return QStringLiteral("0x%1").arg(static_cast<unsigned>(record.errorCode), 8, 16,
-                                      QLatin1Char('0'));
+    return entry ? entry->advice : QString();
+}
+
+QString withoutFullStop(QString sentence)
+{
+    if (sentence.endsWith(QLatin1Char('.')))
+        sentence.chop(1);
+    return sentence;
 }
 
 } // namespace
 
-QString meaningOf(CommunityErrorCode::ErrorCode code)
+QString hexadecimal(int code)
 {
-    const Explanation *known = explanationOf(code);
-    return known ? QString::fromLatin1(known->words) : QString();
+    return QStringLiteral("0x%1").arg(static_cast<unsigned>(code), 8, 16, QLatin1Char('0'));
 }
 
 Exit exitOf(const PassportCommunityError &record)
 {
-    if (!record.isError())
+    switch (record.errorCode) {
+    case CommunityErrorCode::NoError:
         return Exit::Success;
-    if (const Explanation *known = explanationOf(record.errorCode))
-        return known->exit;
-    // What the service says has a code up to NetErr; the rest is the way to it.
-    return record.errorCode < CommunityErrorCode::NetErr ? Exit::Refused : Exit::Unreachable;
+    case CommunityErrorCode::EC_ConfigDataError:
+    case CommunityErrorCode::EC_FileNotExist:
+    case CommunityErrorCode::EC_FileNotOpen:
+        return Exit::Configuration;
+    default:
+        // What the service says has a code up to NetErr; the rest is the way to it.
+        return record.errorCode < CommunityErrorCode::NetErr ? Exit::Refused : Exit::Unreachable;
+    }
 }
 
 Exit Output::success(const QString &sentence, const Rows &rows, const QJsonObject &data) const
@@ -128,18 +86,22 @@ void Output::report(const QString &sentence, const Rows &rows) const
 Exit Output::failure(const QString &operation, const PassportCommunityError &record) const
 {
     const Exit exit = exitOf(record);
+    const ErrorEntry *entry = findError(record.errorCode, record.errorMessage);
     if (m_json) {
         const QJsonObject error{{QStringLiteral("code"), static_cast<int>(record.errorCode)},
                                 {QStringLiteral("name"), record.errorName},
                                 {QStringLiteral("message"), record.errorMessage},
-                                {QStringLiteral("text"), wordsOf(record)}};
+                                {QStringLiteral("text"), meaningOf(entry)},
+                                {QStringLiteral("advice"), adviceOf(entry)}};
         printObject({{QStringLiteral("ok"), false}, {QStringLiteral("error"), error}});
         return exit;
     }
     QTextStream err(stderr);
     err.setCodec("UTF-8");
-    err << "passportctl: " << operation << ": " << wordsOf(record) << " (" << record.errorName
-        << ", " << numberOf(record) << ")\n";
+    err << "passportctl: " << operation << ": " << withoutFullStop(meaningOf(entry)) << " ("
+        << nameOf(record) << ", " << hexadecimal(record.errorCode) << ")\n";
+    if (entry)
+        err << "  " << entry->advice << '\n';
     return exit;
 }
 

@@ -20,8 +20,8 @@ enum class Exit {
 /// How a record ends the program.
 Exit exitOf(const VelqorPassPort::PassportCommunityError &record);
 
-/// What a code means to a user, in words; empty where its name is all there is to say.
-QString meaningOf(VelqorPassPort::CommunityErrorCode::ErrorCode code);
+/// A code as people write it, such as 0x05070003.
+QString hexadecimal(int code);
 
 /// Prints results for a person or, with `json`, one JSON object on one line for a program. Results
 /// go to standard output, a person's errors to standard error. Never prints a password or, unless
@@ -36,7 +36,7 @@ public:
     /// {"ok": true, ...data}, or `sentence` and a table.
     Exit success(const QString &sentence, const Rows &rows, const QJsonObject &data) const;
 
-    /// {"ok": false, "error": {...}}, or what happened in words and the code's name.
+    /// {"ok": false, "error": {...}}, or what happened, its word or name, and advice.
     Exit failure(const QString &operation,
                  const VelqorPassPort::PassportCommunityError &record) const;
 
