@@ -6,7 +6,7 @@ namespace {
 
 constexpr std::size_t maximumEntries = 1000;
 constexpr int maximumHeaderBytes = 8 * 1024; // of one request, as are the body's
-constexpr int maximumBodyBytes = 64 * 1024;
+constexpr int maximumKeptBytes = 64 * 1024;
 constexpr int maximumBytes = 4 * 1024 * 1024; // of all, listed in a fraction of a second
 
 // The beginning of a text, as much as is left of an allowance.
@@ -20,7 +20,7 @@ QString taken(const QString &text, int &left)
 Request shortened(const Request &request)
 {
     Request kept = request;
-    kept.body.truncate(maximumBodyBytes);
+    kept.body.truncate(maximumKeptBytes);
     kept.headers.clear();
     int left = maximumHeaderBytes;
     for (const auto &[name, value] : request.headers) {

@@ -4,7 +4,7 @@
 
 namespace {
 
-bool matches(const QString &routePath, const QString &path)
+bool serves(const QString &routePath, const QString &path)
 {
     return routePath.endsWith(QLatin1Char('/')) ? path.startsWith(routePath) : path == routePath;
 }
@@ -22,7 +22,7 @@ const Route &Router::find(const Request &request) const
 {
     QStringList methods;
     for (const Route &route : m_routes) {
-        if (!matches(route.path, request.path))
+        if (!serves(route.path, request.path))
             continue;
         if (route.method == request.method)
             return route;

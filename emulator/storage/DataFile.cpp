@@ -10,11 +10,6 @@
 
 namespace {
 
-[[noreturn]] void fail(const QString &message)
-{
-    throw StoreError(message.toStdString());
-}
-
 bool isThere(const QFileInfo &info)
 {
     return info.exists() || info.isSymLink(); // a link to nothing does not "exist"
@@ -24,7 +19,7 @@ QByteArray firstBytes(const QString &path, int count)
 {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
-        fail(QStringLiteral("cannot be read: ") + file.errorString());
+        throw StoreError(QStringLiteral("cannot be read: ") + file.errorString());
     return file.read(count);
 }
 
@@ -59,7 +54,8 @@ QStringList logsOf(const QString &path)
         if (!isThere(info))
             continue;
         if (info.isSymLink() || !info.isFile() || !isLog(log))
-            fail(QStringLiteral("cannot have its log at %1, where something else is").arg(log));
+            throw StoreError(
+                QStringLiteral("cannot have its log at %1, where something else is").arg(log));
         logs.append(log);
     }
     return logs;
@@ -75,16 +71,16 @@ DataFile DataFile::examine(const QString &path)
         return {path, true};
     }
     if (!info.exists())
-        fail(QStringLiteral("is a link that leads nowhere"));
+        throw StoreError(QStringLiteral("is a link that leads nowhere"));
     if (!info.isFile())
-        fail(QStringLiteral("is not a regular file"));
+        throw StoreError(QStringLiteral("is not a regular file"));
     const QFileInfo target(info.canonicalFilePath());
     if (!isOurs(target.filePath()))
-        fail(QStringLiteral("is not a data file of passport-emulator"));
+        throw StoreError(QStringLiteral("is not a data file of passport-emulator"));
     logsOf(target.filePath());
     // SQLite also makes files beside it.
     if (!target.isWritable() || !QFileInfo(target.path()).isWritable())
-        fail(QStringLiteral("is read-only, or in a directory that is"));
+        throw StoreError(QStringLiteral("is read-only, or in a directory that is"));
     return {target.filePath(), false};
 }
 
@@ -98,5 +94,6 @@ void DataFile::create(const QString &draft) const
     std::filesystem::create_hard_link(QFile::encodeName(draft).toStdString(),
                                       QFile::encodeName(path).toStdString(), error);
     if (error)
-        fail(QStringLiteral("cannot be created: ") + QString::fromStdString(error.message()));
+        throw StoreError(QStringLiteral("cannot be created: ") +
+                         QString::fromStdString(error.message()));
 }

@@ -10,11 +10,6 @@ namespace {
 constexpr int schemaVersion = 2;
 const QString inMemory = QStringLiteral(":memory:");
 
-[[noreturn]] void fail(const QString &message)
-{
-    throw StoreError(message.toStdString());
-}
-
 // A null QString would be stored as NULL.
 QVariant notNull(const QVariant &value)
 {
@@ -56,7 +51,8 @@ Database::Database(const QString &path, const QStringList &schema, const Fill &f
         open(file.path);
     } catch (const StoreError &error) {
         close();
-        fail(QStringLiteral("data file %1: %2").arg(path, QString::fromUtf8(error.what())));
+        throw StoreError(
+            QStringLiteral("data file %1: %2").arg(path, QString::fromUtf8(error.what())));
     }
 }
 
@@ -80,7 +76,7 @@ QSqlQuery Database::run(const QString &sql, const QVariantList &values) const
         query.addBindValue(notNull(value));
     ok = ok && query.exec();
     if (!ok)
-        fail(query.lastError().databaseText());
+        throw StoreError(query.lastError().databaseText());
     return query;
 }
 
@@ -90,7 +86,7 @@ void Database::create(const DataFile &file, const QStringList &schema, const Fil
 {
     QTemporaryFile draft(file.path + QStringLiteral(".XXXXXX")); // for its owner alone
     if (!draft.open())
-        fail(QStringLiteral("cannot be created: ") + draft.errorString());
+        throw StoreError(QStringLiteral("cannot be created: ") + draft.errorString());
     write(draft.fileName(), schema, fill);
     m_database.close();
     file.create(draft.fileName());
@@ -100,7 +96,7 @@ void Database::write(const QString &name, const QStringList &schema, const Fill 
 {
     m_database.setDatabaseName(name);
     if (!m_database.open())
-        fail(complaint(m_database.lastError()));
+        throw StoreError(complaint(m_database.lastError()));
     Transaction transaction(*this);
     run(QStringLiteral("PRAGMA application_id=%1").arg(applicationId));
     run(QStringLiteral("PRAGMA user_version=%1").arg(schemaVersion));
@@ -114,17 +110,17 @@ void Database::open(const QString &path)
 {
     m_database.setDatabaseName(path);
     if (!m_database.open())
-        fail(complaint(m_database.lastError()));
+        throw StoreError(complaint(m_database.lastError()));
     run(QStringLiteral("PRAGMA locking_mode=EXCLUSIVE"));
     QSqlQuery check(m_database);
     if (!check.exec(QStringLiteral("PRAGMA quick_check(1)")) || !check.next())
-        fail(complaint(check.lastError()));
+        throw StoreError(complaint(check.lastError()));
     if (check.value(0).toString() != QLatin1String("ok"))
-        fail(QStringLiteral("is damaged: ") + check.value(0).toString());
+        throw StoreError(QStringLiteral("is damaged: ") + check.value(0).toString());
     check.finish();
     QSqlQuery version = run(QStringLiteral("PRAGMA user_version"));
     if (!version.next() || version.value(0).toInt() != schemaVersion)
-        fail(QStringLiteral("was written by another version of passport-emulator"));
+        throw StoreError(QStringLiteral("was written by another version of passport-emulator"));
     version.finish();
     run(QStringLiteral("PRAGMA journal_mode=WAL"));
     run(QStringLiteral("PRAGMA synchronous=FULL"));
