@@ -17,7 +17,8 @@ bool isOwn(const QString &category)
 
 } // namespace
 
-LogCapture::LogCapture()
+LogCapture::LogCapture(std::function<void(const Message &)> onMessage)
+    : m_onMessage(std::move(onMessage))
 {
     const std::lock_guard<std::mutex> lock(captureMutex);
     m_outer = current;
@@ -61,17 +62,22 @@ void LogCapture::clear()
 
 void LogCapture::handle(QtMsgType level, const QMessageLogContext &context, const QString &text)
 {
+    const Message message{QString::fromUtf8(context.category), level, text,
+                          QThread::currentThread()};
+    std::function<void(const Message &)> onMessage;
     QtMessageHandler forward = nullptr;
     {
         // A thread may have fetched this handler just before the last capture ended.
         const std::lock_guard<std::mutex> lock(captureMutex);
         if (!current)
             return;
-        const QString category = QString::fromUtf8(context.category);
-        current->m_messages.append({category, level, text, QThread::currentThread()});
-        if (!isOwn(category) || level == QtFatalMsg)
+        current->m_messages.append(message);
+        onMessage = current->m_onMessage;
+        if (!isOwn(message.category) || level == QtFatalMsg)
             forward = outermost()->m_previous;
     }
+    if (onMessage)
+        onMessage(message);
     if (forward)
         forward(level, context, text);
 }

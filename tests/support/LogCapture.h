@@ -3,6 +3,8 @@
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
+#include <functional>
+
 class QThread;
 
 /// Collects every message that is logged while it lives, from all threads.
@@ -21,7 +23,8 @@ public:
         QThread *thread; ///< the logging thread, for comparing only
     };
 
-    LogCapture();
+    /// `onMessage` is called for each message once it is collected, on the logging thread.
+    explicit LogCapture(std::function<void(const Message &)> onMessage = {});
     ~LogCapture();
     Q_DISABLE_COPY(LogCapture)
 
@@ -38,6 +41,7 @@ private:
     static void handle(QtMsgType level, const QMessageLogContext &context, const QString &text);
     static const LogCapture *outermost();
 
+    const std::function<void(const Message &)> m_onMessage;
     QVector<Message> m_messages;
     LogCapture *m_outer;
     QtMessageHandler m_previous;
