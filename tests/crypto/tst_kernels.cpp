@@ -1,6 +1,8 @@
 #include "crypto/AESEncryption.h"
 #include "crypto/kernels/Kernel_p.h"
 
+#include "Bytes.h"
+
 #include <QtTest/QtTest>
 
 #include <sys/mman.h>
@@ -38,14 +40,6 @@ private:
     std::size_t m_size = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
     Byte *m_base;
 };
-
-std::string someBytes(std::size_t size)
-{
-    std::string bytes(size, '\0');
-    for (std::size_t i = 0; i < size; ++i)
-        bytes[i] = char((i * 2654435761U) >> 13);
-    return bytes;
-}
 
 RoundKeys roundKeys(const std::string &expanded)
 {
@@ -204,6 +198,8 @@ void TestKernels::stayInsideTheirBuffers()
             Byte *out = atEnd ? copy.last(size) : copy.first();
             std::memcpy(in, expected.data(), size);
             kernel.base64Encode(in, size, reinterpret_cast<char *>(base64));
+            QCOMPARE(std::string(base64, base64 + characters),
+                     QByteArray::fromStdString(expected).toBase64().toStdString());
             // Without "=": exactly `size` bytes.
             std::memmove(text.last(accepted), base64, accepted);
             const auto *unpadded = reinterpret_cast<const char *>(text.last(accepted));
