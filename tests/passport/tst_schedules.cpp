@@ -21,13 +21,11 @@ class tst_Schedules : public ScriptedClient
 private Q_SLOTS:
     void survivesEveryOrderOfTheThreads_data()
     {
-        QTest::addColumn<QString>("order");
-        QTest::newRow("outcome emitted while its receiver connects") << "at once";
-        QTest::newRow("cloud held with the reply made, the caller still in the invocation")
-            << "creation held";
-        QTest::newRow("cloud held before the emission until the caller waits") << "emission held";
-        QTest::newRow("emitted inside the caller's own wait of a slot, which takes the end")
-            << "slot";
+        const auto row = columns<QString>("order");
+        row("outcome emitted while its receiver connects", "at once");
+        row("cloud held with the reply made, the caller still in the invocation", "creation held");
+        row("cloud held before the emission until the caller waits", "emission held");
+        row("emitted inside the caller's own wait of a slot, which takes the end", "slot");
     }
 
     void survivesEveryOrderOfTheThreads()
@@ -79,27 +77,29 @@ private Q_SLOTS:
 
     void neverMissesAnImmediateOutcome_data()
     {
-        QTest::addColumn<Script>("script");
-        QTest::newRow("finished") << Script::answering(1);
-        QTest::newRow("error in the same turn") << Script().then([](Reply *reply) {
+        const auto row = columns<Script, QVariant>("script", "received");
+        row("finished", Script::answering(1), 1);
+        const auto finishes = [](Reply *reply) {
             Q_EMIT reply->errorOccurred(Nubelo::Error::Refused);
             Q_EMIT reply->finished({{"result", 1}});
-        });
-        QTest::newRow("reply in error") << Script::erroneous(Nubelo::Error::Refused);
+        };
+        row("error in the same turn", Script().then(finishes), 1);
+        row("reply in error", Script::erroneous(Nubelo::Error::Refused), "before");
     }
 
     void neverMissesAnImmediateOutcome()
     {
         QFETCH(Script, script);
+        QFETCH(QVariant, received);
         const LogCapture quiet;
         QLoggingCategory::setFilterRules("velqor.passport.lib.debug=false");
         constexpr int times = 10000;
         int good = 0;
         for (int i = 0; i < times; ++i) {
             cloud.play(script);
-            data = 1;
+            data = "before";
             request();
-            good += data == 1;
+            good += data == received;
         }
         QLoggingCategory::setFilterRules({});
         QCOMPARE(good, times);
@@ -158,10 +158,10 @@ private Q_SLOTS:
 
     void isCancelledFromAnywhere_data()
     {
-        QTest::addColumn<QString>("when");
-        QTest::newRow("before the wait") << "creation";
-        QTest::newRow("by another thread") << "wait";
-        QTest::newRow("by a slot of the caller") << "slot";
+        const auto row = columns<QString>("when");
+        row("before the wait", "creation");
+        row("by another thread", "wait");
+        row("by a slot of the caller", "slot");
     }
 
     void isCancelledFromAnywhere()

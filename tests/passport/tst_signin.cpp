@@ -25,13 +25,10 @@ const QVariantMap account{{"companyName", "Velqor"},
                           {"more", "kept"}};
 
 // Those that an answer with a token sets anew, as they are stored.
-const QStringList renewed{"country",   "defaultDentalOrderReceive",
-                          "email",     "factoryObjs",
-                          "lastIP",    "lastLogin",
-                          "nickName",  "oems",
-                          "perms",     "phone",
-                          "phoneArea", "source",
-                          "status",    "userID"};
+const QStringList renewed =
+    QString("country defaultDentalOrderReceive email factoryObjs lastIP lastLogin nickName oems "
+            "perms phone phoneArea source status userID")
+        .split(' ');
 
 } // namespace
 
@@ -94,18 +91,18 @@ private Q_SLOTS:
 
     void survivesItsDestruction_data()
     {
-        const auto row = columns<bool, int>("byCode", "request");
-        row("password", false, 1);
-        row("password, in the profile query", false, 2);
-        row("code", true, 1);
-        row("code, in the profile query", true, 2);
+        const auto row = columns<bool, bool>("byCode", "inTheProfileQuery");
+        row("password", false, false);
+        row("password, in the profile query", false, true);
+        row("code", true, false);
+        row("code, in the profile query", true, true);
     }
 
     void survivesItsDestruction()
     {
         QFETCH(bool, byCode);
-        QFETCH(int, request);
-        if (request == 2)
+        QFETCH(bool, inTheProfileQuery);
+        if (inTheProfileQuery)
             cloud.play(Script::answering(account));
         // The answer is there, but a slot of the waiting thread runs before the wait has ended.
         Gate gate;
