@@ -7,7 +7,7 @@
 
 namespace {
 
-std::mutex captureMutex; // guards what follows and the messages of every capture
+std::mutex captureMutex; // guards what follows and its messages
 LogCapture *current = nullptr;
 
 bool isOwn(const QString &category)
@@ -21,7 +21,6 @@ LogCapture::LogCapture(std::function<void(const Message &)> onMessage)
     : m_onMessage(std::move(onMessage))
 {
     const std::lock_guard<std::mutex> lock(captureMutex);
-    m_outer = current;
     current = this;
     m_previous = qInstallMessageHandler(&LogCapture::handle);
 }
@@ -30,7 +29,7 @@ LogCapture::~LogCapture()
 {
     const std::lock_guard<std::mutex> lock(captureMutex);
     qInstallMessageHandler(m_previous);
-    current = m_outer;
+    current = nullptr;
 }
 
 QVector<LogCapture::Message> LogCapture::messages() const
@@ -74,18 +73,10 @@ void LogCapture::handle(QtMsgType level, const QMessageLogContext &context, cons
         current->m_messages.append(message);
         onMessage = current->m_onMessage;
         if (!isOwn(message.category) || level == QtFatalMsg)
-            forward = outermost()->m_previous;
+            forward = current->m_previous;
     }
     if (onMessage)
         onMessage(message);
     if (forward)
         forward(level, context, text);
-}
-
-const LogCapture *LogCapture::outermost()
-{
-    const LogCapture *capture = current;
-    while (capture->m_outer)
-        capture = capture->m_outer;
-    return capture;
 }

@@ -11,7 +11,7 @@ class QThread;
 ///
 /// The message handler that was installed before is put back at the end. Messages that are not the
 /// library's own, and fatal ones, also reach that handler, so that a warning of Qt stays visible.
-/// Captures nest: the innermost one collects.
+/// One at a time.
 class LogCapture
 {
 public:
@@ -39,10 +39,8 @@ public:
 
 private:
     static void handle(QtMsgType level, const QMessageLogContext &context, const QString &text);
-    static const LogCapture *outermost();
 
     const std::function<void(const Message &)> m_onMessage;
     QVector<Message> m_messages;
-    LogCapture *m_outer;
     QtMessageHandler m_previous;
 };
