@@ -7,7 +7,7 @@
 
 namespace {
 
-std::mutex captureMutex; // guards what follows and the messages of every capture
+std::mutex captureMutex; // guards what follows and its messages
 LogCapture *current = nullptr;
 
 bool isOwn(const QString &category)
@@ -17,10 +17,10 @@ bool isOwn(const QString &category)
 
 } // namespace
 
-LogCapture::LogCapture()
+LogCapture::LogCapture(std::function<void(const Message &)> onMessage)
+    : m_onMessage(std::move(onMessage))
 {
     const std::lock_guard<std::mutex> lock(captureMutex);
-    m_outer = current;
     current = this;
     m_previous = qInstallMessageHandler(&LogCapture::handle);
 }
@@ -29,7 +29,7 @@ LogCapture::~LogCapture()
 {
     const std::lock_guard<std::mutex> lock(captureMutex);
     qInstallMessageHandler(m_previous);
-    current = m_outer;
+    current = nullptr;
 }
 
 QVector<LogCapture::Message> LogCapture::messages() const
@@ -61,25 +61,22 @@ void LogCapture::clear()
 
 void LogCapture::handle(QtMsgType level, const QMessageLogContext &context, const QString &text)
 {
+    const Message message{QString::fromUtf8(context.category), level, text,
+                          QThread::currentThread()};
+    std::function<void(const Message &)> onMessage;
     QtMessageHandler forward = nullptr;
     {
         // A thread may have fetched this handler just before the last capture ended.
         const std::lock_guard<std::mutex> lock(captureMutex);
         if (!current)
             return;
-        const QString category = QString::fromUtf8(context.category);
-        current->m_messages.append({category, level, text, QThread::currentThread()});
-        if (!isOwn(category) || level == QtFatalMsg)
-            forward = outermost()->m_previous;
+        current->m_messages.append(message);
+        onMessage = current->m_onMessage;
+        if (!isOwn(message.category) || level == QtFatalMsg)
+            forward = current->m_previous;
     }
+    if (onMessage)
+        onMessage(message);
     if (forward)
         forward(level, context, text);
-}
-
-const LogCapture *LogCapture::outermost()
-{
-    const LogCapture *capture = current;
-    while (capture->m_outer)
-        capture = capture->m_outer;
-    return capture;
 }

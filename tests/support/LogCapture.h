@@ -3,13 +3,15 @@
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
+#include <functional>
+
 class QThread;
 
 /// Collects every message that is logged while it lives, from all threads.
 ///
 /// The message handler that was installed before is put back at the end. Messages that are not the
 /// library's own, and fatal ones, also reach that handler, so that a warning of Qt stays visible.
-/// Captures nest: the innermost one collects.
+/// One at a time.
 class LogCapture
 {
 public:
@@ -21,7 +23,8 @@ public:
         QThread *thread; ///< the logging thread, for comparing only
     };
 
-    LogCapture();
+    /// `onMessage` is called for each message once it is collected, on the logging thread.
+    explicit LogCapture(std::function<void(const Message &)> onMessage = {});
     ~LogCapture();
     Q_DISABLE_COPY(LogCapture)
 
@@ -36,9 +39,8 @@ public:
 
 private:
     static void handle(QtMsgType level, const QMessageLogContext &context, const QString &text);
-    static const LogCapture *outermost();
 
+    const std::function<void(const Message &)> m_onMessage;
     QVector<Message> m_messages;
-    LogCapture *m_outer;
     QtMessageHandler m_previous;
 };

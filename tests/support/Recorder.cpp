@@ -51,8 +51,3 @@ QStringList Recorder::calls() const
         return {};
     return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
-
-void Recorder::hideOtherPrograms() const
-{
-    qputenv("PATH", QFile::encodeName(m_directory.filePath("bin")));
-}

@@ -25,9 +25,6 @@ public:
     /// Every call in order, the arguments in brackets: "ps [-A]".
     QStringList calls() const;
 
-    /// Leaves nothing but the added programs on PATH.
-    void hideOtherPrograms() const;
-
 private:
     QTemporaryDir m_directory;
     QByteArray m_path;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtCore/QFile>
 #include <QtTest/QtTest>
 
 /// Declares the columns of a table of test data and returns what adds its rows, so that a row may
@@ -15,4 +16,13 @@ auto columns(const Names *...names)
         QTestData &row = QTest::newRow(tag);
         ((row << values), ...);
     };
+}
+
+/// A text file of test data that lies beside the test's source: `textOf(QFINDTESTDATA("name"))`.
+inline QString textOf(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        qFatal("cannot read \"%s\"", qPrintable(path));
+    return QString::fromUtf8(file.readAll());
 }

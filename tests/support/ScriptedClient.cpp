@@ -14,6 +14,9 @@ void ScriptedClient::init()
 
 void ScriptedClient::cleanup()
 {
+    // While the client lives: it deletes all that is left when it ends.
+    if (client)
+        QTRY_COMPARE(Nubelo::Reply::alive.load(), 0);
     client.reset();
     QCOMPARE(Nubelo::Reply::alive.load(), 0);
 }

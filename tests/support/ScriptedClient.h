@@ -6,7 +6,8 @@
 #include <ScriptedCloud.h>
 
 /// The base of the tests of the account client: a client of its own for each test, in front of a
-/// cloud that plays what the test wrote. At the end of a test no reply may be left.
+/// cloud that plays what the test wrote. At the end of a test no reply may be left, neither with
+/// the client nor after it.
 class ScriptedClient : public QObject
 {
     Q_OBJECT

@@ -66,6 +66,7 @@ int main(int argc, char *argv[])
         liveOnce(arguments);
     } else if (when == "across the loop") {
         Facade facade(arguments);
+        facade.use();
         loop();
     } else if (when == "as the application's child") {
         (new Facade(arguments, application))->use();
