@@ -26,6 +26,7 @@ endfunction()
 function(passport_add_library target)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES")
   add_library(${target} SHARED ${ARG_SOURCES})
+  add_library(Passport::${target} ALIAS ${target})
   passport_target_defaults(${target})
   passport_set_install_rpath(${target} "")
   set_target_properties(${target} PROPERTIES
