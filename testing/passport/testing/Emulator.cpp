@@ -69,20 +69,28 @@ bool Emulator::start()
     // Not a pipe, which would hold up the emulator when nobody reads it.
     m_process->setStandardOutputFile(path(QStringLiteral("output")));
     m_process->start(m_program, options + m_options);
+    if (!awaitReady(readyFile)) {
+        kill();
+        return false;
+    }
+    QFile file(readyFile);
+    if (file.open(QIODevice::ReadOnly))
+        m_baseUrl = QString::fromUtf8(file.readAll()).trimmed();
+    return !m_baseUrl.isEmpty();
+}
+
+bool Emulator::awaitReady(const QString &readyFile)
+{
     const QDeadlineTimer deadline(deadlineMs);
     while (!QFile::exists(readyFile)) {
         const bool failed = m_process->waitForFinished(5) || !m_process->isOpen();
         if (failed || deadline.hasExpired()) {
             qWarning() << "the emulator" << m_program
                        << "does not serve:" << m_process->errorString();
-            kill();
             return false;
         }
     }
-    QFile file(readyFile);
-    if (file.open(QIODevice::ReadOnly))
-        m_baseUrl = QString::fromUtf8(file.readAll()).trimmed();
-    return !m_baseUrl.isEmpty();
+    return true;
 }
 
 bool Emulator::writeSeed(const QString &path) const
@@ -121,7 +129,7 @@ void Emulator::kill()
 
 quint16 Emulator::port() const
 {
-    return static_cast<quint16>(QUrl(m_baseUrl).port());
+    return static_cast<quint16>(QUrl(m_baseUrl).port(0));
 }
 
 QVariantMap Emulator::cloudConfiguration() const

@@ -45,8 +45,8 @@ public:
     /// because the target Passport::testing was not linked, the first one in PATH.
     static QString defaultProgram();
 
-    /// The accounts from the next start on, in place of the emulator's own and of --seed. An
-    /// account is an object with "username" and "password" at least.
+    /// The accounts from the next start on, in place of the emulator's own; the option --seed is
+    /// then not for use. An account is an object with "username" and "password" at least.
     void setAccounts(const QJsonArray &accounts) { m_accounts = accounts; }
 
     /// True when it serves. One that runs already is killed first.
@@ -56,11 +56,9 @@ public:
     /// As in a crash (SIGKILL).
     void kill();
 
-    QString baseUrl() const
-    {
-        return m_baseUrl;
-    } ///< "http://127.0.0.1:port/v1"; changes by start()
-    quint16 port() const;
+    /// "http://127.0.0.1:port/v1", with another port after each start; empty before the first.
+    QString baseUrl() const { return m_baseUrl; }
+    quint16 port() const; ///< 0 before the first start
     /// For setConfigData(): this emulator as the cloud, in an environment "emulator".
     QVariantMap cloudConfiguration() const;
     /// A path in a directory that is removed with this object.
@@ -113,6 +111,7 @@ public:
 
 private:
     bool writeSeed(const QString &path) const;
+    bool awaitReady(const QString &readyFile);
     QJsonValue dev(const QByteArray &method, const QString &path, const QJsonObject &body = {});
 
     QTemporaryDir m_directory;
