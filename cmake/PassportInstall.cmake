@@ -8,6 +8,11 @@ set(libraries passport)
 if(PASSPORT_BUNDLED_NUBELO)
   list(APPEND libraries nubelo)
 endif()
+if(TARGET passport_testing)
+  list(APPEND libraries passport_testing)
+  install(FILES "${PROJECT_SOURCE_DIR}/testing/passport/testing/Emulator.h"
+    DESTINATION ${header_dir}/passport/testing)
+endif()
 install(TARGETS ${libraries} EXPORT PassportTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}

@@ -7,8 +7,9 @@
 #include <thread>
 #include <unistd.h>
 
+using VelqorPassPort::Testing::Emulator;
 using Client = AccountClient;
-using Reply = EmulatorProcess::HttpReply;
+using Reply = Emulator::Answer;
 
 // Root may write everything, others see what is read-only.
 class UnprivilegedProcess : public QProcess
@@ -19,6 +20,14 @@ class UnprivilegedProcess : public QProcess
             ::_exit(127);
     }
 };
+
+std::unique_ptr<QTcpSocket> connectedTo(const Emulator &emulator)
+{
+    auto socket = std::make_unique<QTcpSocket>();
+    socket->connectToHost(QHostAddress::LocalHost, emulator.port());
+    socket->waitForConnected();
+    return socket;
+}
 
 /// The process itself: starting and ending, what it refuses, its faults.
 class EmulatorTest : public QObject
@@ -44,7 +53,7 @@ private Q_SLOTS:
     void keepsWhatItAcknowledged();
 
 private:
-    EmulatorProcess m_emulator;
+    Emulator m_emulator;
 };
 
 void EmulatorTest::refusesBadRequests_data()
@@ -133,7 +142,7 @@ void EmulatorTest::givesUpClientsThatAreGone()
     QVERIFY(m_emulator.addFault({{"request", "status"}, {"kind", "delay"}, {"ms", 3600000}}));
     std::vector<std::unique_ptr<QTcpSocket>> clients;
     for (int i = 0; i < 64; ++i) {
-        clients.push_back(m_emulator.connectSocket());
+        clients.push_back(connectedTo(m_emulator));
         clients.back()->write(i % 2 == 0 ? "GET /v1/status HTTP/1.1\r\n\r\n"
                                          : "GET /_dev/inbox?wait=600000 HTTP/1.1\r\n\r\n");
         QVERIFY(clients.back()->waitForBytesWritten());
@@ -161,10 +170,10 @@ void EmulatorTest::keepsLittleOfMuch()
 // An idle connection is kept for longer than stop() waits, the delay is an hour.
 void EmulatorTest::endsWithConnectionsOpen()
 {
-    const auto idle = m_emulator.connectSocket();
+    const auto idle = connectedTo(m_emulator);
     QVERIFY(m_emulator.addFault({{"request", "status"}, {"kind", "delay"}, {"ms", 3600000}}));
     const int before = m_emulator.requests().size();
-    const auto delayed = m_emulator.connectSocket();
+    const auto delayed = connectedTo(m_emulator);
     delayed->write("GET /v1/status HTTP/1.1\r\n\r\n");
     QVERIFY(delayed->waitForBytesWritten());
     QTRY_COMPARE(m_emulator.requests().size(), before + 1);
@@ -206,7 +215,7 @@ void EmulatorTest::refusesToStart()
     const bool byFile = option == "--seed" || option == "--data";
     QVERIFY(file.open() && file.write(value) == value.size() && file.flush());
     QProcess process;
-    process.start(EmulatorProcess::program(),
+    process.start(Emulator::defaultProgram(),
                   {option, byFile ? file.fileName() : QString::fromUtf8(value)});
     QVERIFY(process.waitForFinished());
     QTEST(process.exitCode(), "exitCode");
@@ -220,12 +229,12 @@ void EmulatorTest::refusesWhatIsInUse()
 {
     QTemporaryDir directory;
     const QStringList data{"--data", directory.filePath("accounts.db")};
-    EmulatorProcess first(data);
+    Emulator first(data);
     QVERIFY(first.start());
     for (const QStringList &options : {QStringList{"--port", QString::number(first.port())},
                                        QStringList{"--port", "0"} + data}) {
         QProcess second;
-        second.start(EmulatorProcess::program(), options);
+        second.start(Emulator::defaultProgram(), options);
         QVERIFY(second.waitForFinished());
         QCOMPARE(second.exitCode(), 1);
         QVERIFY(second.readAllStandardError().contains("in use"));
@@ -255,7 +264,7 @@ void EmulatorTest::leavesAlone()
     const auto path = [&](const QString &file) { return directory.filePath(file); };
     const auto native = [&](const QString &file) { return QFile::encodeName(path(file)); };
     struct stat info = {};
-    QVERIFY(EmulatorProcess({"--data", path("ours")}).start());
+    QVERIFY(Emulator({"--data", path("ours")}).start());
     QVERIFY(::chmod(native("ours"), 0444) == 0 && ::chmod(native("."), 0755) == 0);
     QVERIFY(::mkfifo(native("fifo"), 0666) == 0 && ::mkfifo(native("new-wal"), 0666) == 0);
     QVERIFY(QFile::link(path("device"), path("link")) && QFile::link("none", path("dangling")));
@@ -274,7 +283,7 @@ void EmulatorTest::leavesAlone()
     const auto before = all();
     const std::unique_ptr<QProcess> process(name == "ours" ? new UnprivilegedProcess
                                                            : new QProcess);
-    process->start(EmulatorProcess::program(), {"--port", "0", option, path(name)});
+    process->start(Emulator::defaultProgram(), {"--port", "0", option, path(name)});
     QVERIFY(process->waitForFinished());
     QCOMPARE(process->exitCode(), 1);
     const QByteArray message = process->readAllStandardError();
@@ -290,7 +299,7 @@ void EmulatorTest::keepsWhatItAcknowledged()
     QStringList tokens;
     QVERIFY(QFile::link(name, link));
     for (const QString &path : {name, link, name}) {
-        EmulatorProcess emulator({"--data", path});
+        Emulator emulator({"--data", path});
         const Client client(emulator);
         QVERIFY(emulator.start());
         for (const QString &token : qAsConst(tokens))

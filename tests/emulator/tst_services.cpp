@@ -6,6 +6,8 @@
 
 #include <thread>
 
+using VelqorPassPort::Testing::Emulator;
+
 /// The rules of the account service, where the end-to-end flows do not show them already.
 class ServicesTest : public QObject
 {
@@ -14,7 +16,7 @@ class ServicesTest : public QObject
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_emulator.start()); }
     void cleanupTestCase() { QVERIFY(m_emulator.stop()); }
-    void init() { QVERIFY(!m_emulator.devPost("reset").isUndefined()); }
+    void init() { QVERIFY(m_emulator.reset()); }
 
     void answersProfileToItsSessionOnly();
     void judgesCaptchas_data();
@@ -36,7 +38,7 @@ private:
         return AccountClient::result(m_emulator.http("GET", "/v1/" + target.toUtf8()));
     }
 
-    EmulatorProcess m_emulator;
+    Emulator m_emulator;
     const AccountClient m_client{m_emulator};
 };
 
@@ -207,7 +209,7 @@ void ServicesTest::resetsEverything()
     m_emulator.setSettings({{"codeIntervalSeconds", 7}});
     m_emulator.devPost("ip-country", {{"code", "DE"}});
     m_emulator.addFault({{"request", "*"}, {"kind", "drop"}});
-    m_emulator.devPost("reset");
+    m_emulator.reset();
     QCOMPARE(m_emulator.requests(), QJsonArray());
     QCOMPARE(AccountClient::word(m_client.profile(token, "10001")), "authErr");
     QCOMPARE(word("code-login", fields), "codeErr");

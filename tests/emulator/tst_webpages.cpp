@@ -1,9 +1,11 @@
-#include "support/EmulatorProcess.h"
+#include "passport/testing/Emulator.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QUuid>
 #include <QtTest/QtTest>
+
+using VelqorPassPort::Testing::Emulator;
 
 namespace {
 
@@ -20,7 +22,7 @@ QJsonObject merged(QJsonObject object, const QJsonObject &changes)
 }
 
 // "ok", or why not.
-QString word(const EmulatorProcess::HttpReply &reply)
+QString word(const Emulator::Answer &reply)
 {
     const QJsonObject answer = reply.json();
     return answer.value("status") == "ok" ? "ok" : answer.value("result").toString();
@@ -45,7 +47,7 @@ class WebPagesTest : public QObject
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_emulator.start()); }
     void cleanupTestCase() { QVERIFY(m_emulator.stop()); }
-    void init() { QVERIFY(!m_emulator.devPost("reset").isUndefined()); }
+    void init() { QVERIFY(m_emulator.reset()); }
 
     void believesCodes_data();
     void believesCodes();
@@ -56,8 +58,7 @@ private Q_SLOTS:
     void textsAreComplete();
 
 private:
-    EmulatorProcess::HttpReply post(const QString &path, const QJsonObject &body,
-                                    const QString &token = {})
+    Emulator::Answer post(const QString &path, const QJsonObject &body, const QString &token = {})
     {
         return m_emulator.http("POST", "/v1/user/" + path.toLatin1(), QJsonDocument(body).toJson(),
                                {"X-Auth-Token: " + token.toLatin1()});
@@ -78,7 +79,7 @@ private:
         return merged(fields, {{"validCode", sent ? m_emulator.latestCode() : QString()}});
     }
 
-    EmulatorProcess m_emulator;
+    Emulator m_emulator;
 };
 
 void WebPagesTest::believesCodes_data()

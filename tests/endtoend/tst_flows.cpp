@@ -1,8 +1,9 @@
 #include "passport/PassportNubelo.h"
-#include "support/EmulatorProcess.h"
+#include "passport/testing/Emulator.h"
 #include "support/Rows.h"
 
 using namespace VelqorPassPort;
+using Testing::Emulator;
 using Code = CommunityErrorCode;
 
 namespace {
@@ -53,7 +54,7 @@ private:
         return client->reqCodeLogIn(user, "86", answer, code, profile);
     }
 
-    EmulatorProcess emulator;
+    Emulator emulator;
     std::unique_ptr<PassportNubelo> client;
     QVariantMap profile;
 };
@@ -61,13 +62,11 @@ private:
 void tst_Flows::init()
 {
     QLoggingCategory::setFilterRules("nubelo=false\nvelqor.passport.lib=false");
-    emulator.devPost("reset");
+    emulator.reset();
     QVERIFY(emulator.setSettings({{"codeIntervalSeconds", 0}}));
     profile.clear();
     client = std::make_unique<PassportNubelo>();
-    const QVariantMap sources{{"cloud", emulator.baseUrl()}};
-    client->setConfigData(QVariantMap{{"cloudEnvironment", "here"},
-                                      {"environments", QVariantMap{{"here", sources}}}});
+    client->setConfigData(emulator.cloudConfiguration());
 }
 
 // Fetches one and returns its answer.
@@ -77,9 +76,7 @@ QString tst_Flows::captcha(const QString &purpose)
     if (client->reqCaptcha(data, "120", "40", "300", "4", purpose).errorCode != Code::NoError)
         return {};
     const QByteArray picture = QByteArray::fromBase64(data.toMap()["data"].toString().toLatin1());
-    const QString path = emulator.requests().last().toObject()["path"].toString();
-    return picture.startsWith("\x89PNG") ? emulator.captchaAnswer(path.section('/', -1))
-                                         : QString();
+    return picture.startsWith("\x89PNG") ? emulator.latestCaptchaAnswer() : QString();
 }
 
 void tst_Flows::signsSeededAccountsIn_data()
@@ -110,7 +107,7 @@ void tst_Flows::signsSeededAccountsIn()
         return;
     QVERIFY(!profile.value("perms").toStringList().isEmpty());
     // A session that has ended.
-    emulator.devPost("reset");
+    emulator.reset();
     QCOMPARE(client->reqGetUserInfo(profile, {}).errorCode, Code::AuthErr);
 }
 
@@ -140,7 +137,7 @@ void tst_Flows::showsEveryFaultToTheHost()
     fault["kind"] = kind;
     QVERIFY(emulator.addFault(fault));
     QTEST(int(signIn(ada, password).errorCode), "code");
-    emulator.devDelete("faults");
+    emulator.clearFaults();
     QCOMPARE(signIn(ada, password).errorCode, Code::NoError);
 }
 

@@ -1,5 +1,5 @@
 #include "SignInWindow.h"
-#include "support/EmulatorProcess.h"
+#include "passport/testing/Emulator.h"
 #include "support/LogCapture.h"
 #include "support/PassportDirectory.h"
 
@@ -51,7 +51,7 @@ private:
     void duringNextRequest(const std::function<void()> &code);
 
     const LogCapture quiet;
-    EmulatorProcess emulator;
+    Testing::Emulator emulator;
     std::unique_ptr<PassportDirectory> directory;
     std::unique_ptr<Passport> passport;
     std::unique_ptr<SignInWindow> window;
@@ -59,14 +59,12 @@ private:
 
 void tst_SignInWindow::init()
 {
-    emulator.devPost("reset");
+    emulator.reset();
     directory = std::make_unique<PassportDirectory>();
     directory->writeSystemCfg({{"Default", QJsonObject{{"StartHub", false}}}});
     passport = std::make_unique<Passport>();
     passport->initial(directory->path());
-    const QVariantMap cloud{{"cloud", emulator.baseUrl()}};
-    passport->setConfigData(
-        {{"cloudEnvironment", "here"}, {"environments", QVariantMap{{"here", cloud}}}});
+    passport->setConfigData(emulator.cloudConfiguration());
     window = std::make_unique<SignInWindow>(*passport);
     window->show();
     QVERIFY(QTest::qWaitForWindowActive(window.get()));
@@ -132,7 +130,7 @@ void tst_SignInWindow::tellsFailuresInWords()
     emulator.addFault({{"request", "userLogin"}, {"kind", "word"}, {"word", "bogusErr"}});
     press(Qt::Key_Return);
     QCOMPARE(words(), QString("The service has refused this."));
-    emulator.devDelete("faults");
+    emulator.clearFaults();
     signIn("ada@example.com", "wrong");
     QCOMPARE(words(), QString("The name or the password is wrong."));
     write("correct horse 1"); // in the place of what was selected
@@ -167,20 +165,15 @@ void tst_SignInWindow::closesDuringARequest()
     QTimer::singleShot(0, window.get(), [&] { signIn("ada@example.com", "correct horse 1"); });
     QCOMPARE(QApplication::exec(), 0); // ends with the last window, and so does the request
     QCOMPARE(words(), QString("This was cancelled."));
-    emulator.devDelete("faults");
+    emulator.clearFaults();
 }
 
 void tst_SignInWindow::signsInByCode()
 {
-    const auto answer = [this] {
-        const QJsonObject captcha = emulator.requests().last().toObject();
-        const QString id = captcha["path"].toString().section('/', -1);
-        return emulator.devGet("captcha/" + id).toObject()["answer"].toString();
-    };
     press(Qt::Key_A, Qt::AltModifier);
     write("carol@example.com");
     press(Qt::Key_V, Qt::AltModifier);
-    const QString first = answer();
+    const QString first = emulator.latestCaptchaAnswer();
     press(Qt::Key_U, Qt::AltModifier); // clicks, a moment later
     QTRY_COMPARE(count("captcha"), 2);
     QVERIFY(!child<QPushButton>("picture")->icon().isNull());
@@ -190,10 +183,10 @@ void tst_SignInWindow::signsInByCode()
     QCOMPARE(words(), QString("Those are not the characters in the picture. Please type "
                               "those in the new one."));
     QCOMPARE(count("captcha"), 3);
-    write(answer());
+    write(emulator.latestCaptchaAnswer());
     press(Qt::Key_Return);
     QCOMPARE(words(), QString("The code is on its way to you."));
-    write(emulator.devGet("inbox").toArray().last().toObject()["code"].toString());
+    write(emulator.latestCode());
     press(Qt::Key_Return);
     QCOMPARE(profileTitle(), QString("Welcome, Carol"));
 }

@@ -1,15 +1,17 @@
 #pragma once
 
-#include "support/EmulatorProcess.h"
+#include "passport/testing/Emulator.h"
 
 /// One client of the account API, without the library: what it sends and what it makes of answers.
 /// Callable from several threads; its emulator may be killed meanwhile.
 class AccountClient
 {
-public:
-    using Reply = EmulatorProcess::HttpReply;
+    using Emulator = VelqorPassPort::Testing::Emulator;
 
-    explicit AccountClient(EmulatorProcess &emulator) : m_emulator(emulator) {}
+public:
+    using Reply = Emulator::Answer;
+
+    explicit AccountClient(Emulator &emulator) : m_emulator(emulator) {}
 
     Reply post(const QByteArray &path, const QJsonObject &body) const; ///< below /v1/user/
     Reply logIn(const QString &userName, const QString &password) const;
@@ -28,5 +30,5 @@ public:
     static QString token(const Reply &reply);
 
 private:
-    EmulatorProcess &m_emulator;
+    Emulator &m_emulator;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "passport/PassportNubelo.h"
+#include "support/Gate.h"
 #include "support/LogCapture.h"
 
 #include <ScriptedCloud.h>

@@ -1,4 +1,4 @@
-#include "support/EmulatorProcess.h"
+#include "passport/testing/Emulator.h"
 #include "support/PassportDirectory.h"
 #include "support/Rows.h"
 
@@ -55,7 +55,7 @@ private:
                QStringList{"--passport-dir", place.path(), "--cloud", emulator.baseUrl()};
     }
 
-    EmulatorProcess emulator;
+    VelqorPassPort::Testing::Emulator emulator;
     const PassportDirectory dir;    // with the web tool for sign-in alone
     const PassportDirectory bundle; // with the one for other pages alone
 };

@@ -1,6 +1,6 @@
 #include "passport/Passport.h"
 #include "passport/PassportNubelo.h"
-#include "support/EmulatorProcess.h"
+#include "passport/testing/Emulator.h"
 #include "support/LogCapture.h"
 #include "support/PassportDirectory.h"
 #include "support/Recorder.h"
@@ -48,7 +48,7 @@ private:
     bool canSignIn(const QString &user, const QString &password);
     bool fetchProfile(const QString &token, const QString &userId, QVariant &profile);
 
-    EmulatorProcess emulator;
+    Testing::Emulator emulator;
     PassportDirectory dir;
     Recorder recorder;
     std::unique_ptr<Passport> passport;
@@ -64,16 +64,14 @@ void tst_Pages::initTestCase()
     const LogCapture quiet;
     passport = std::make_unique<Passport>();
     passport->initial(dir.path());
-    const QVariantMap local{{"cloud", emulator.baseUrl()}};
-    passport->setConfigData(QVariantMap{{"cloudEnvironment", "local"},
-                                        {"environments", QVariantMap{{"local", local}}}});
+    passport->setConfigData(emulator.cloudConfiguration());
     passport->copyOpenWebFile(WEB_FILES, dir.filePath("openweburl"));
 }
 
 // Runs a flow while somebody else takes the steps on its page; what went wrong there.
 QString tst_Pages::run(const Flow &flow, const QString &steps, const QString &port)
 {
-    emulator.devPost("reset");
+    emulator.reset();
     QProcess person;
     person.start(DRIVE_PAGE, {port, QStringLiteral(STEPS "/%1.steps").arg(steps)});
     const LogCapture quiet;

@@ -3,7 +3,6 @@
 #include <nubelo/Manager.h>
 #include <nubelo/Reply.h>
 
-#include <QtCore/QSemaphore>
 #include <QtCore/QStringList>
 #include <QtCore/QVariantMap>
 
@@ -12,27 +11,9 @@
 #include <mutex>
 #include <vector>
 
-/// A place where a thread is held until the test lets it go on. Both directions are remembered, so
-/// neither side can miss the other.
-class Gate
-{
-public:
-    /// Of the thread to be held.
-    void hold()
-    {
-        m_reached.release();
-        m_opened.acquire();
-    }
-    /// Of the test: waits until a thread has arrived.
-    void awaitArrival() { m_reached.acquire(); }
-    void open() { m_opened.release(); }
-
-private:
-    QSemaphore m_reached;
-    QSemaphore m_opened;
-};
-
-/// What the cloud does with one call. Each step runs in a turn of its own of the cloud thread.
+/// What the cloud does with one call: whether there is a reply, its status, and the steps by which
+/// it reports. Each step runs in a turn of its own of the Manager's thread; those of a
+/// configuration call begin when somebody connects to finished().
 struct Script
 {
     using Step = std::function<void(Nubelo::Reply *)>;
@@ -40,15 +21,19 @@ struct Script
     static Script finishing(const QVariantMap &map);
     static Script answering(const QVariant &result)
     {
-        return finishing({{"status", "ok"}, {"result", result}});
+        return finishing(
+            {{QStringLiteral("status"), QStringLiteral("ok")}, {QStringLiteral("result"), result}});
     }
     static Script refusing(const QString &word)
     {
-        return finishing({{"status", "fail"}, {"result", word}});
+        return finishing(
+            {{QStringLiteral("status"), QStringLiteral("fail")}, {QStringLiteral("result"), word}});
     }
     static Script failing(Nubelo::Error::ErrorCode code);
+    /// A reply that is in error already.
     static Script erroneous(Nubelo::Error::ErrorCode status);
     static Script withoutReply();
+    /// A reply that never finishes.
     static Script silent() { return {}; }
 
     Script &then(Step step);
@@ -62,6 +47,7 @@ struct Script
 
 /// The cloud behind every scripted Manager: plays the scripts in the order in which they were given
 /// and records every call. A call without a script of its own is answered with an empty success.
+/// One for all Managers of the program, and callable from any thread.
 class ScriptedCloud
 {
 public:
@@ -75,18 +61,18 @@ public:
         QString appendToUrl;
         QVariantMap envelope; ///< the data of a setter
         QVariantMap extra;
-        QThread *thread = nullptr;
+        QThread *thread = nullptr; ///< that made the call
     };
 
     static ScriptedCloud &instance();
 
-    void reset();
+    void reset(); ///< forgets all scripts and calls
     void play(Script script);
     std::vector<Call> calls() const;
     QStringList names() const;
     Call lastCall() const { return calls().back(); }
 
-    /// Of the scripted Manager.
+    /// What a Manager does with each call.
     Nubelo::Reply *perform(Nubelo::Manager *manager, Call call);
 
 private:

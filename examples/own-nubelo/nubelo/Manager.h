@@ -8,8 +8,8 @@
 
 namespace Nubelo {
 
-/// The least that the contract asks of a Manager: no default argument and no enumerator beyond
-/// those that the account client uses. What it does is decided by the ScriptedCloud.
+/// The least that libpassport needs of a Manager: no default argument, and no enumerator beyond
+/// those that it uses. What a call does is decided by the ScriptedCloud.
 class Manager : public QObject
 {
     Q_OBJECT

@@ -4,6 +4,7 @@
 
 namespace Nubelo {
 
+/// The numbers are the contract's; the names, but for NoError, are this library's own.
 class Error
 {
     Q_GADGET

@@ -1,8 +1,6 @@
 #include "ScriptedCloud.h"
 
-#include "common/RunOnThread_p.h"
-
-#include <QtCore/QPointer>
+#include <QtCore/QMetaObject>
 #include <QtCore/QThread>
 
 namespace {
@@ -11,13 +9,12 @@ void playFrom(Nubelo::Reply *reply, const std::vector<Script::Step> &steps, std:
 {
     if (next >= steps.size())
         return;
-    postToThreadOf(reply, [reply = QPointer<Nubelo::Reply>(reply), steps, next] {
-        if (!reply)
-            return;
+    const auto play = [reply, steps, next] {
         // Posted first: the step may finish the reply, whose receiver releases it.
         playFrom(reply, steps, next + 1);
         steps[next](reply);
-    });
+    };
+    QMetaObject::invokeMethod(reply, play, Qt::QueuedConnection);
 }
 
 } // namespace
@@ -102,19 +99,17 @@ Nubelo::Reply *ScriptedCloud::perform(Nubelo::Manager *manager, Call call)
     }
     if (!script.hasReply)
         return nullptr;
-    // Without a parent, as an implementation may hand them out.
-    auto *reply = new Nubelo::Reply;
-    reply->m_status = script.status;
+    // A setter is called on any thread, so its outcome has to wait for a receiver. That of a
+    // request comes in a later turn, and by then there is one.
+    Script::Step atReceiver = script.atReceiver;
+    if (!atReceiver && !operation.startsWith(QLatin1String("request")))
+        atReceiver = [steps = script.steps](Nubelo::Reply *reply) { playFrom(reply, steps, 0); };
+    auto *reply = new Nubelo::Reply(script.status, atReceiver);
     reply->moveToThread(manager->thread());
     if (script.atCreation)
         script.atCreation(reply);
-    // A request's outcome waits for nobody; a setter's, called on any thread, for its receiver.
-    if (script.atReceiver)
-        reply->m_onReceiver = [reply, step = script.atReceiver] { step(reply); };
-    else if (operation.startsWith("request"))
+    if (!atReceiver)
         playFrom(reply, script.steps, 0);
-    else
-        reply->m_onReceiver = [reply, steps = script.steps] { playFrom(reply, steps, 0); };
     return reply;
 }
 
@@ -126,33 +121,35 @@ Reply *Manager::request(QString name, HttpRequestType type, HttpEncryptType encr
                         QVariantMap envelope, CloudAuthentication authentication, QVariantMap extra)
 {
     return ScriptedCloud::instance().perform(
-        this, {"request/6", name, type, encryption, authentication, {}, envelope, extra});
+        this,
+        {QStringLiteral("request/6"), name, type, encryption, authentication, {}, envelope, extra});
 }
 
 Reply *Manager::request(QString name, HttpRequestType type, HttpEncryptType encryption,
                         QString appendToUrl, QVariantMap envelope,
                         CloudAuthentication authentication, QVariantMap extra)
 {
-    return ScriptedCloud::instance().perform(
-        this, {"request/7", name, type, encryption, authentication, appendToUrl, envelope, extra});
+    return ScriptedCloud::instance().perform(this,
+                                             {QStringLiteral("request/7"), name, type, encryption,
+                                              authentication, appendToUrl, envelope, extra});
 }
 
 Reply *Manager::request(QString name, QVariantMap envelope, QVariantMap extra)
 {
-    return ScriptedCloud::instance().perform(this,
-                                             {"request/3", name, -1, -1, -1, {}, envelope, extra});
+    return ScriptedCloud::instance().perform(
+        this, {QStringLiteral("request/3"), name, -1, -1, -1, {}, envelope, extra});
 }
 
 Reply *Manager::setConfigPath(QString path, QVariantMap extra)
 {
-    return ScriptedCloud::instance().perform(this,
-                                             {"setConfigPath", path, -1, -1, -1, {}, {}, extra});
+    return ScriptedCloud::instance().perform(
+        this, {QStringLiteral("setConfigPath"), path, -1, -1, -1, {}, {}, extra});
 }
 
 Reply *Manager::setConfigData(QVariantMap data, QVariantMap extra)
 {
-    return ScriptedCloud::instance().perform(this,
-                                             {"setConfigData", {}, -1, -1, -1, {}, data, extra});
+    return ScriptedCloud::instance().perform(
+        this, {QStringLiteral("setConfigData"), {}, -1, -1, -1, {}, data, extra});
 }
 
 QVariantMap Manager::configData() const
