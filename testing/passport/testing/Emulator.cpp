@@ -83,12 +83,15 @@ bool Emulator::awaitReady(const QString &readyFile)
 {
     const QDeadlineTimer deadline(deadlineMs);
     while (!QFile::exists(readyFile)) {
-        const bool failed = m_process->waitForFinished(5) || !m_process->isOpen();
-        if (failed || deadline.hasExpired()) {
-            qWarning() << "the emulator" << m_program
-                       << "does not serve:" << m_process->errorString();
-            return false;
-        }
+        m_process->waitForFinished(5);
+        const bool ended = m_process->state() == QProcess::NotRunning;
+        if (!ended && !deadline.hasExpired())
+            continue;
+        const bool ran = m_process->error() != QProcess::FailedToStart;
+        qWarning() << "the emulator" << m_program << "does not serve:"
+                   << (ended && ran ? QStringLiteral("exit code %1").arg(m_process->exitCode())
+                                    : m_process->errorString());
+        return false;
     }
     return true;
 }
