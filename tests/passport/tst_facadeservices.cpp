@@ -89,6 +89,8 @@ private Q_SLOTS:
         }
         for (const Script &script : scripts)
             cloud.play(script);
+        QFile reader(dir->filePath(accountFile));
+        reader.open(QIODevice::ReadOnly);
         QVariantMap map;
         if (byCode)
             passport->reqCodeLogIn("ada", {}, {}, {}, map, {}, remember);
@@ -101,6 +103,8 @@ private Q_SLOTS:
         const auto others =
             QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
         QCOMPARE(!(QFileInfo(dir->filePath(accountFile)).permissions() & others), rebuilt);
+        // Who has the old file open does not read the new one.
+        QCOMPARE(reader.readAll(), exists ? old : QByteArray());
     }
 
     void neverMixesAccounts()
@@ -179,8 +183,10 @@ private Q_SLOTS:
     {
         cloud.play(Script::silent());
         QTimer::singleShot(0, qApp, [this] { passport.reset(); });
+        const LogCapture log;
         passport->reqGetPrivacy(text, "en", {}, true, {}, {}, {});
         QCOMPARE(text, "before");
+        QCOMPARE(log.lines().filter("openurl"), QStringList()); // no page for a client that is gone
     }
 
     void tellsWhatAnswers()
