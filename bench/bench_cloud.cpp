@@ -15,6 +15,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -33,9 +34,9 @@ public:
         socklen_t size = sizeof address;
         auto *any = reinterpret_cast<sockaddr *>(&address);
         m_listener = ::socket(AF_INET, SOCK_STREAM, 0);
-        ::bind(m_listener, any, size);
-        ::listen(m_listener, 16);
-        ::getsockname(m_listener, any, &size);
+        if (::bind(m_listener, any, size) != 0 || ::listen(m_listener, 16) != 0 ||
+            ::getsockname(m_listener, any, &size) != 0)
+            std::abort();
         m_port = ntohs(address.sin_port);
         std::thread([listener = m_listener] {
             for (int socket = 0; (socket = ::accept(listener, nullptr, nullptr)) >= 0;)
@@ -125,7 +126,7 @@ void requestNubelo(benchmark::State &state)
 
 void facade(benchmark::State &state)
 {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         VelqorPassPort::Passport passport;
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }

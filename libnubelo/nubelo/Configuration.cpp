@@ -64,7 +64,7 @@ public:
 
     QString oneOf(const QVariant &value, const QString &where, const QStringList &allowed)
     {
-        const QString found = value.toString();
+        QString found = value.toString();
         if (value.type() != QVariant::String || !allowed.contains(found))
             fail(where, QStringLiteral("one of ") + allowed.join(QStringLiteral(", ")));
         return found;

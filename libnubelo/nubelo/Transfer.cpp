@@ -118,7 +118,7 @@ void Transfer::setUpMethod()
     else if (m_request.method != (m_request.hasBody ? "POST" : "GET"))
         set(easy, CURLOPT_CUSTOMREQUEST, m_request.method.constData());
 
-    for (QByteArray line : m_request.headers) {
+    for (QByteArray line : qAsConst(m_request.headers)) {
         // libcurl's way to send a header without a value.
         if (line.endsWith(": "))
             line.replace(line.size() - 2, 2, ";");
@@ -165,7 +165,8 @@ int Transfer::onReady(void *transfer, char *peer, char *local, int peerPort, int
 std::size_t Transfer::onHeader(char *line, std::size_t size, std::size_t count, void *transfer)
 {
     try {
-        const auto text = QByteArray::fromRawData(line, static_cast<int>(size * count));
+        const auto text =
+            QByteArray::fromRawData(line, static_cast<int>(size) * static_cast<int>(count));
         return static_cast<Transfer *>(transfer)->m_reader.takeLine(text) ? size * count : 0;
     } catch (const std::bad_alloc &) {
         return 0;
