@@ -86,7 +86,7 @@ private Q_SLOTS:
         QFETCH(QString, chunks);
         QFETCH(QStringList, calls);
         QFETCH(QStringList, log);
-        // Sign-up reads standard error too.
+        // Sign-up reads standard error too. A page that closes by itself has time to be read first.
         const bool isSignIn = flow.startsWith("openLogin");
         install(isSignIn ? "openweburl" : "openweburl.app/Contents/MacOS/openweburl",
                 chunks.toUtf8().split('\n'), flow.startsWith("openRegister") ? "exec >&2\n" : "",
