@@ -11,6 +11,7 @@
 #include <QtCore/QMetaObject>
 #include <QtCore/QObject>
 
+#include <exception>
 #include <utility>
 
 #if defined(__SANITIZE_THREAD__)
@@ -27,19 +28,19 @@
 
 namespace RunOnThread {
 
+// `order` is an address that stands for one hand-over.
 #if defined(PASSPORT_THREAD_SANITIZER)
-inline char order; // its address stands for all posted events
-inline void release()
+inline void release(void *order)
 {
-    __tsan_release(&order);
+    __tsan_release(order);
 }
-inline void acquire()
+inline void acquire(void *order)
 {
-    __tsan_acquire(&order);
+    __tsan_acquire(order);
 }
 #else
-inline void release() {}
-inline void acquire() {}
+inline void release(void *) {}
+inline void acquire(void *) {}
 #endif
 
 /// Runs its function when it is destroyed: Qt does not deliver events without an application
@@ -51,7 +52,7 @@ public:
     explicit Event(Function function) : QEvent(ownType()), m_function(std::move(function)) {}
     ~Event() override
     {
-        acquire();
+        acquire(static_cast<QEvent *>(this));
         m_function();
     }
     Q_DISABLE_COPY_MOVE(Event)
@@ -69,22 +70,30 @@ private:
 } // namespace RunOnThread
 
 /// Runs `function` on the thread of `object`, which must be another one and has an event loop, and
-/// returns when it has run. False without an application object: Qt then delivers nothing.
+/// returns when it has run; what it throws is thrown here. False without an application object: Qt
+/// then delivers nothing.
 template <typename Function>
 bool runOnThreadOf(QObject *object, Function &&function)
 {
     bool ran = false;
-    RunOnThread::release();
+    std::exception_ptr thrown;
+    RunOnThread::release(&ran);
     QMetaObject::invokeMethod(
         object,
         [&] {
-            RunOnThread::acquire();
-            function();
+            RunOnThread::acquire(&ran);
+            try {
+                function();
+            } catch (...) {
+                thrown = std::current_exception();
+            }
             ran = true;
-            RunOnThread::release();
+            RunOnThread::release(&ran);
         },
         Qt::BlockingQueuedConnection);
-    RunOnThread::acquire();
+    RunOnThread::acquire(&ran);
+    if (thrown)
+        std::rethrow_exception(thrown);
     return ran;
 }
 
@@ -94,6 +103,6 @@ template <typename Function>
 void postToThreadOf(QObject *object, Function function)
 {
     auto *event = new RunOnThread::Event<Function>(std::move(function));
-    RunOnThread::release();
+    RunOnThread::release(static_cast<QEvent *>(event));
     QCoreApplication::postEvent(object, event);
 }

@@ -26,7 +26,7 @@ bool ConfigBase::loadCfg(const QString &path)
         return false;
 
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!openUnlessPipe(file, QIODevice::ReadOnly)) {
         qCCritical(log_lp) << "open file failed";
         return false;
     }

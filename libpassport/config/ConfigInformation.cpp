@@ -39,7 +39,7 @@ QJsonObject g_getConfigInformation(QString path)
 {
     const QMutexLocker lock(&mtx());
     QFile file(path);
-    if (!file.exists() || !file.open(QIODevice::ReadOnly | QIODevice::Text))
+    if (!file.exists() || !openUnlessPipe(file, QIODevice::ReadOnly | QIODevice::Text))
         return {};
     return parsed(decoded(file.readAll()).trimmed());
 }
@@ -55,7 +55,7 @@ bool g_setConfigInformation(QString key, QString value, QString path)
 
     QJsonObject object;
     if (file.exists()) {
-        if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        if (!openUnlessPipe(file, QIODevice::ReadOnly | QIODevice::Text))
             return false;
         object = parsed(decoded(file.readAll()));
         file.close();

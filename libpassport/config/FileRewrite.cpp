@@ -1,7 +1,9 @@
 #include "config/FileRewrite_p.h"
 
-#include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+
+#include <filesystem>
+#include <string>
 
 namespace {
 
@@ -18,13 +20,20 @@ bool writeAll(QFile &file, const QByteArray &bytes)
 
 } // namespace
 
+bool openUnlessPipe(QFile &file, QIODevice::OpenMode mode)
+{
+    std::error_code ignored;
+    const std::string path = QFile::encodeName(file.fileName()).toStdString();
+    return !std::filesystem::is_fifo(path, ignored) && file.open(mode);
+}
+
 Rewrite rewriteFile(const QString &path, QIODevice::OpenMode mode, const QByteArray &bytes)
 {
-    // Reading a pipe would wait for its writer, and reading a device may never end.
+    // Reading a device may never end.
     const bool isRegular = QFileInfo(path).isFile();
     const QByteArray old = isRegular ? contentOf(path) : QByteArray();
     QFile file(path);
-    if (!file.open(mode))
+    if (!openUnlessPipe(file, mode))
         return Rewrite::NotOpened;
     if (writeAll(file, bytes))
         return Rewrite::Written;

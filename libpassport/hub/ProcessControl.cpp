@@ -2,8 +2,8 @@
 
 #include <QtCore/QProcess>
 
-// The file name of the hub's program, kept for a debugger's eyes: nothing reads it, since the
-// configuration names the program. Not in the header, where it could clash with a host's own name.
+// The file name of the hub's program; which one is started, the configuration says. Not in the
+// header, where the name could clash with a host's own.
 [[maybe_unused]] static const QString g_hubName = QStringLiteral("passportHub.exe");
 
 bool g_checkProcessRunning(const QString &name, QList<unsigned long long> &processIds)

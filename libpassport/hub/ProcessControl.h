@@ -13,7 +13,7 @@
 /// for the run of "ps", at most 30 s.
 ///
 /// Part of another program's name or path counts too, and the list of process ids is left as it was
-/// passed. Both are deliberate: callers expect no more of the listing than a substring.
+/// passed: callers expect no more of the listing than a substring.
 PASSPORT_EXPORT bool g_checkProcessRunning(const QString &name,
                                            QList<unsigned long long> &processIds);
 

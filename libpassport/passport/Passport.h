@@ -25,8 +25,8 @@ class PassportNubelo;
 /// application object. Call initial() with the passport directory, then one of the configuration
 /// setters, then whatever is needed, and exitModule() before the end. Operations that reach the
 /// cloud block until the outcome is there, while the caller's events go on being delivered; slots
-/// may call again. Outcomes are returned: nothing but std::bad_alloc leaves a call. The destructor
-/// returns when the cloud thread has ended.
+/// may call again. Outcomes are returned; calls throw nothing of their own but std::bad_alloc. The
+/// destructor returns when the cloud thread has ended.
 class PASSPORT_EXPORT Passport : public QObject
 {
     Q_OBJECT
@@ -47,7 +47,7 @@ public:
     /// Ends every call that waits for the cloud, on whatever thread, as EC_OperationCanceledError;
     /// what it was to fill stays as it was. Calls made later are not affected. A sign-in that is
     /// fetching the profile has succeeded all the same. May be called from any thread while this
-    /// object lives; the application's quit and end do the same.
+    /// object lives; the quit and the end of the application do the same.
     void cancel();
 
     /// Changes the passport directory, and nothing else.

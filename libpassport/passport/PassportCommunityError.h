@@ -11,8 +11,7 @@ namespace VelqorPassPort {
 
 /// The outcome of a cloud or facade operation.
 ///
-/// A plain value without a thread of its own; every operation that can fail returns one and throws
-/// nothing.
+/// A plain value without a thread of its own; every operation that can fail returns one.
 struct PASSPORT_EXPORT PassportCommunityError
 {
     CommunityErrorCode::ErrorCode errorCode = CommunityErrorCode::NoError;

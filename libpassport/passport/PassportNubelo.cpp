@@ -6,8 +6,10 @@
 #include "passport/cloud/OpenWaits_p.h"
 #include "passport/cloud/ReplyWait_p.h"
 
+#include <QtCore/QAbstractEventDispatcher>
 #include <QtCore/QCoreApplication>
 #include <QtCore/QPointer>
+#include <QtCore/QScopeGuard>
 
 #include <optional>
 
@@ -152,9 +154,15 @@ PassportCommunityError PassportNubelo::replyConnect(Nubelo::Reply *reply, QStrin
         return withoutReply();
     }
     // It may be gone before its thread gets to it.
-    return exchange(name, result, [reply = QPointer<Nubelo::Reply>(reply)](Nubelo::Manager &) {
-        return reply.data();
+    const QPointer<Nubelo::Reply> held(reply);
+    bool isAttached = false;
+    PassportCommunityError record = exchange(name, result, [&](Nubelo::Manager &) {
+        isAttached = true;
+        return held.data();
     });
+    if (!isAttached)
+        postToThreadOf(m_manager, [held] { delete held.data(); });
+    return record;
 }
 
 PassportCommunityError PassportNubelo::setErrorCode(Nubelo::Error::ErrorCode errorCode)
@@ -174,10 +182,16 @@ PassportCommunityError PassportNubelo::exchange(const QString &name, QVariant &r
         qCCritical(log_lp) << "called on the cloud thread, which would wait for itself:" << name;
         return communityError(callNotAllowed);
     }
-    // Known before the application object is looked at: its end cancels what is known.
+    if (!m_cloudThread.isRunning()) // it could not be started
+        return communityError(callAborted);
+    // Known before the application object is looked at: its end cancels what is known. Should it
+    // end while the loop is made, nothing would drive the loop.
     const auto wait = std::make_shared<ReplyWait>(name);
     const OpenWaits::Entry entry(this, wait);
     if (!QCoreApplication::instance())
+        return communityError(callCanceled);
+    QEventLoop loop;
+    if (!QAbstractEventDispatcher::instance())
         return communityError(callCanceled);
 
     logFirstLine();
@@ -191,15 +205,18 @@ PassportCommunityError PassportNubelo::exchange(const QString &name, QVariant &r
         return communityError(*status);
     }
 
+    // A slot that runs during the wait may destroy this object, and with it the cloud thread, or
+    // throw.
     const QPointer<PassportNubelo> self(this);
-    PassportCommunityError record = wait->wait(result);
-    // A slot that ran during the wait may have destroyed this object, and with it the cloud thread.
-    // After a success callers go on with it.
-    if (!self)
-        return !record.isError() ? communityError(callAborted) : record;
-    if (record.errorCode == CommunityErrorCode::EC_OperationCanceledError)
-        postToThreadOf(m_manager, [wait] { wait->drop(); });
-    return record;
+    auto dropRequest = qScopeGuard([&] {
+        if (self)
+            postToThreadOf(m_manager, [wait] { wait->drop(); });
+    });
+    PassportCommunityError record = wait->wait(loop, result);
+    if (record.errorCode != CommunityErrorCode::EC_OperationCanceledError)
+        dropRequest.dismiss();
+    // After a success callers go on with this object.
+    return self || record.isError() ? record : communityError(callAborted);
 }
 
 } // namespace VelqorPassPort

@@ -24,10 +24,12 @@ namespace VelqorPassPort {
 /// Lives on its host's thread, where it is called and destroyed; the request library's Manager and
 /// all replies live on a cloud thread that runs from construction to destruction. A call waits in a
 /// local event loop: the caller's events go on being delivered, and slots may call again, nested to
-/// any depth. cancel() and the application's quit or end make the calls in progress return
-/// EC_OperationCanceledError; when a slot destroys this object they return EC_IsAborted. Account
-/// state is unguarded: one thread at a time, and never the cloud thread. Nothing but std::bad_alloc
-/// leaves a call. Every method but cancel() can also be invoked by name through the meta-object.
+/// any depth. Calls in progress return EC_OperationCanceledError after cancel() and when the
+/// application object under which this one was made quits or ends; so does every call on a thread
+/// that has been told to quit, until its event loop runs anew. When a slot destroys this object
+/// they return EC_IsAborted. Account state is unguarded: one thread at a time, and never the cloud
+/// thread. Calls throw nothing of their own but std::bad_alloc; what a slot throws passes through.
+/// Every method but cancel() can also be invoked by name through the meta-object.
 class PASSPORT_EXPORT PassportNubelo : public QObject
 {
     Q_OBJECT
@@ -43,7 +45,7 @@ public:
     void cancel();
 
     // One request each. `result` receives the answer's "result", also that of a failed answer; it
-    // stays as it was when there was no reply at all, or one already in error. `body`, `params`,
+    // stays as it was when there was no answer. `body`, `params`,
     // `headers` and `source` travel to the request library under their own names.
 
     /// Request `name` with the given method.
@@ -75,7 +77,8 @@ public:
                   QVariantMap body = QVariantMap(), QVariantMap params = QVariantMap(),
                   QVariantMap headers = QVariantMap());
 
-    /// Waits for a reply of this client's Manager and releases it. A null `reply` gives UnknownErr.
+    /// Waits for a reply, which lives on the cloud thread, and releases it. A null `reply` gives
+    /// UnknownErr.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError replyConnect(Nubelo::Reply *reply,
                                                                     QString name, QVariant &result);
 

@@ -102,6 +102,8 @@ private Q_SLOTS:
         row("no reply", Script::withoutReply(), Code::UnknownErr, "unknownErr", "before");
         row("reply in error", Script::erroneous(Nubelo::Error::Gone), Code::EC_ContentGoneError,
             "EC_ContentGoneError", "before");
+        row("gone without an answer", doing([](Reply *reply) { reply->deleteLater(); }),
+            Code::EC_IsAborted, "EC_IsAborted", "before");
         row("error, then nothing", Script::failing(Nubelo::Error::Refused), refused, refusedName,
             {});
         row("error, then ok", doing(refuse, finish("ok", "late")), refused, refusedName, "late");
@@ -141,6 +143,18 @@ private Q_SLOTS:
                          "debug replyConnect current thread-2.1", "debug request success true"}));
         for (const auto &message : log.messages().mid(1))
             QCOMPARE(message.thread, cloud.lastCall().thread);
+    }
+
+    void passesOnWhatTheRequestLibraryThrows()
+    {
+        Script script;
+        script.atCreation = [](Reply *reply) {
+            delete reply;
+            throw std::bad_alloc();
+        };
+        cloud.play(script);
+        QVERIFY_EXCEPTION_THROWN(request(), std::bad_alloc);
+        QCOMPARE(request().errorCode, Code::NoError);
     }
 
     void ignoresSignalsAfterTheEnd()

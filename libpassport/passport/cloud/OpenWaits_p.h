@@ -20,14 +20,15 @@ public:
     public:
         Entry(const void *client, std::shared_ptr<ReplyWait> wait) : m_wait(std::move(wait))
         {
-            const std::lock_guard lock(s_mutex);
-            s_open.emplace_back(client, m_wait);
+            const std::lock_guard lock(registry().mutex);
+            registry().open.emplace_back(client, m_wait);
         }
         ~Entry()
         {
-            const std::lock_guard lock(s_mutex);
-            s_open.erase(std::find_if(s_open.begin(), s_open.end(),
-                                      [this](const auto &open) { return open.second == m_wait; }));
+            const std::lock_guard lock(registry().mutex);
+            auto &open = registry().open;
+            open.erase(std::find_if(open.begin(), open.end(),
+                                    [this](const auto &one) { return one.second == m_wait; }));
         }
         Q_DISABLE_COPY_MOVE(Entry)
 
@@ -38,16 +39,25 @@ public:
     /// Cancels the waits of one client, or of all without one.
     static void cancel(const void *client = nullptr)
     {
-        const std::lock_guard lock(s_mutex);
-        for (const auto &[owner, wait] : s_open) {
+        const std::lock_guard lock(registry().mutex);
+        for (const auto &[owner, wait] : registry().open) {
             if (!client || owner == client)
                 wait->cancel();
         }
     }
 
 private:
-    static inline std::mutex s_mutex; // guards what follows
-    static inline std::vector<std::pair<const void *, std::shared_ptr<ReplyWait>>> s_open;
+    struct Registry
+    {
+        std::mutex mutex; // guards what follows
+        std::vector<std::pair<const void *, std::shared_ptr<ReplyWait>>> open;
+    };
+    // Never destroyed: another thread may be in a call while the process exits.
+    static Registry &registry()
+    {
+        static Registry &one = *new Registry;
+        return one;
+    }
 };
 
 } // namespace VelqorPassPort

@@ -4,6 +4,7 @@
 #include "common/RunOnThread_p.h"
 #include "passport/cloud/CloudError_p.h"
 
+#include <QtCore/QScopeGuard>
 #include <QtCore/QThread>
 
 namespace VelqorPassPort {
@@ -22,7 +23,8 @@ std::optional<Nubelo::Error::ErrorCode> ReplyWait::attach(Nubelo::Reply *reply, 
     m_reply = reply;
     const auto self = shared_from_this();
     using Nubelo::Reply;
-    QObject::connect(manager, &QObject::destroyed, reply, [self] { self->onManagerGone(); });
+    m_managerGone = QObject::connect(manager, &QObject::destroyed, [self] { self->onGone(); });
+    QObject::connect(reply, &QObject::destroyed, manager, [self] { self->onGone(); });
     QObject::connect(reply, &Reply::sslErrorOccurred, manager,
                      [self](const QList<QSslError> &errors) { self->onSslError(errors); });
     QObject::connect(reply, &Reply::errorOccurred, manager,
@@ -33,35 +35,36 @@ std::optional<Nubelo::Error::ErrorCode> ReplyWait::attach(Nubelo::Reply *reply, 
     return status;
 }
 
-PassportCommunityError ReplyWait::wait(QVariant &result)
+PassportCommunityError ReplyWait::wait(QEventLoop &loop, QVariant &result)
 {
-    QEventLoop loop;
+    // Also when a slot throws.
+    const auto forgetLoop = qScopeGuard([this] {
+        const std::lock_guard lock(m_mutex);
+        m_loop = nullptr;
+    });
     std::unique_lock lock(m_mutex);
     m_loop = &loop;
     if (m_state != State::Open)
         leaveLoopLater();
-    // When the application quits, the loop is left once without an end, and the next exec() gives
-    // -1 at once.
-    do {
-        lock.unlock();
-        const int code = loop.exec();
-        lock.lock();
-        if (code == -1)
-            break;
-    } while (m_state == State::Open);
-
-    m_loop = nullptr;
-    if (m_state != State::Settled)
+    lock.unlock();
+    // -1 at once on a thread that is quitting; any other end without an outcome is a quit, too.
+    const bool isQuitting = loop.exec() == -1;
+    lock.lock();
+    if (isQuitting || m_state == State::Open || m_state == State::Canceled)
         return communityError(callCanceled);
-    result = m_result;
+    if (m_state == State::Answered)
+        result = m_result;
     return m_record;
 }
 
 void ReplyWait::drop()
 {
-    if (m_reply && !m_finished)
-        m_reply->deleteLater();
+    if (m_finished)
+        return;
     m_finished = true;
+    QObject::disconnect(m_managerGone);
+    if (m_reply)
+        m_reply->deleteLater();
 }
 
 void ReplyWait::onFinished(const QVariantMap &map)
@@ -69,6 +72,7 @@ void ReplyWait::onFinished(const QVariantMap &map)
     if (m_finished)
         return;
     m_finished = true;
+    QObject::disconnect(m_managerGone);
     qCDebug(log_lp) << "replyConnect current thread-2.1" << QThread::currentThread();
 
     const QVariant result = map.value(QStringLiteral("result"));
@@ -84,7 +88,7 @@ void ReplyWait::onFinished(const QVariantMap &map)
     }
     if (m_reply)
         m_reply->deleteLater();
-    end(State::Settled);
+    end(State::Answered);
 }
 
 void ReplyWait::onError(Nubelo::Error::ErrorCode code)
@@ -105,16 +109,17 @@ void ReplyWait::onSslError(const QList<QSslError> &errors)
     qCDebug(log_lp) << "ssl error" << errors;
 }
 
-void ReplyWait::onManagerGone()
+void ReplyWait::onGone()
 {
     if (m_finished)
         return;
     m_finished = true;
+    QObject::disconnect(m_managerGone);
     {
         const std::lock_guard lock(m_mutex);
         m_record = communityError(callAborted);
     }
-    end(State::Settled);
+    end(State::Aborted);
 }
 
 void ReplyWait::end(State state)

@@ -21,8 +21,8 @@ namespace VelqorPassPort {
 /// The cloud thread attaches the handlers in the turn in which it has the reply, so no outcome can
 /// slip by. The caller then waits on its own thread. Each side holds a reference: a signal that
 /// comes late, or after the caller gave up, finds valid memory and changes nothing the caller sees.
-/// The wait ends with the reply's finished(), with cancel(), with the application's quit, or with
-/// the end of the cloud thread.
+/// The wait ends with the reply's finished(), with the end of the reply or of the cloud thread,
+/// with cancel(), or when the caller's thread is told to quit.
 class ReplyWait : public std::enable_shared_from_this<ReplyWait>
 {
 public:
@@ -30,28 +30,30 @@ public:
     explicit ReplyWait(QString requestName) : m_requestName(std::move(requestName)) {}
 
     /// Cloud thread: the state of `reply`, or nothing when there is none. One without an error is
-    /// waited for: its handlers run on the thread of `manager`, which owns it from now on at the
-    /// latest, and it is released when it has finished. One already in error is released at once.
+    /// waited for: its handlers run on the thread of `manager`, and it is released when it has
+    /// finished. One already in error is released at once. A reply without a parent becomes a child
+    /// of `manager`, so that it does not outlive it.
     std::optional<Nubelo::Error::ErrorCode> attach(Nubelo::Reply *reply, QObject *manager);
 
     /// Any thread: ends the wait, now or as soon as it begins, unless its outcome is there already.
     void cancel() { end(State::Canceled); }
 
-    /// Caller's thread: waits without a time limit while its events go on being delivered, those
-    /// queued before the call in any case. `result` is the answer's "result" afterwards; it stays
-    /// as it was when the wait was cancelled.
-    PassportCommunityError wait(QVariant &result);
+    /// Caller's thread: waits in `loop` without a time limit while its events go on being
+    /// delivered, those queued before the call in any case. `result` is the answer's "result"
+    /// afterwards; it stays as it was when there was no answer. On a thread that has been told to
+    /// quit the outcome is always cancellation.
+    PassportCommunityError wait(QEventLoop &loop, QVariant &result);
 
     /// Cloud thread: releases a reply that has not finished, and with it the request.
     void drop();
 
 private:
-    enum class State { Open, Settled, Canceled };
+    enum class State { Open, Answered, Aborted, Canceled };
 
     void onFinished(const QVariantMap &map);
     void onError(Nubelo::Error::ErrorCode code);
     void onSslError(const QList<QSslError> &errors);
-    void onManagerGone();
+    void onGone();
     void end(State state);
     void leaveLoopLater();
 
@@ -59,6 +61,7 @@ private:
 
     // Of the cloud thread alone.
     QPointer<Nubelo::Reply> m_reply;
+    QMetaObject::Connection m_managerGone;
     bool m_finished = false;
 
     std::mutex m_mutex; // guards what follows
