@@ -69,10 +69,10 @@ ReplyOutcome CloudFixture::end(Reply *reply)
     return outcome;
 }
 
-ReplyOutcome CloudFixture::send(Manager::HttpRequestType type, const QVariantMap &headers)
+ReplyOutcome CloudFixture::send(Manager::HttpRequestType type, const QVariantMap &headers,
+                                const QVariantMap &body)
 {
-    const QVariantMap envelope{
-        {"source", "cloud"}, {"body", QVariantMap{{"a", "b"}}}, {"headers", headers}};
+    const QVariantMap envelope{{"source", "cloud"}, {"body", body}, {"headers", headers}};
     return end(manager->request("userLogin", type, Manager::NoEncrypt, envelope,
                                 Manager::NoAuthentication, {}));
 }

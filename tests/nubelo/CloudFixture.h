@@ -40,7 +40,7 @@ protected:
     /// Waits for the reply's end, and one more turn for what must not come; releases the reply.
     static ReplyOutcome end(Reply *reply);
     ReplyOutcome send(Manager::HttpRequestType type = Manager::Post,
-                      const QVariantMap &headers = {});
+                      const QVariantMap &headers = {}, const QVariantMap &body = {{"a", "b"}});
 
     const QByteArray good =
         RawServer::answer(R"({"status":"ok","result":{"n":12345678901,"t":"x"}})");

@@ -348,39 +348,6 @@ private Q_SLOTS:
             QCOMPARE(server.requests(), 11);
     }
 
-    void refusedBeforeSending_data()
-    {
-        const auto row =
-            columns<QString, QString, QVariantMap, int>("name", "text", "headers", "code");
-        row("unknown name", "noSuchName", "", {}, 0x7000);
-        row("other protocol", "ftp://127.0.0.1/", "", {}, 0x7000);
-        row("address without host", "http://", "", {}, 0x7004);
-        row("line feed in a header", "status", "", {{"X-A", "b\nX-C: d"}}, 0x7004);
-        row("carriage return in a header", "status", "", {{"X-A", "b\rX-C: d"}}, 0x7004);
-        row("space in a header's name", "status", "", {{"X A", "b"}}, 0x7004);
-        row("own length", "status", "", {{"content-length", "1"}}, 0x7004);
-        row("own transfer coding", "status", "", {{"Transfer-Encoding", "chunked"}}, 0x7004);
-        row("text makes another user", "http://a.invalid", "@127.0.0.1/", {}, 0x7004);
-        row("text makes another port", "http://127.0.0.1", ":81/", {}, 0x7004);
-        row("text makes another host", "http://127.0.0.1", ".evil.example/", {}, 0x7004);
-    }
-
-    void refusedBeforeSending()
-    {
-        QFETCH(QString, name);
-        QFETCH(QString, text);
-        QFETCH(QVariantMap, headers);
-        QFETCH(int, code);
-        RawServer server(good);
-        useAddress(server.url());
-        Reply *reply = manager->request(name, Manager::Get, Manager::NoEncrypt, text,
-                                        {{"source", "cloud"}, {"headers", headers}},
-                                        Manager::NoAuthentication, {});
-        QCOMPARE(int(reply->status()), code);
-        expect(end(reply), code);
-        QCOMPARE(server.connections(), 0);
-    }
-
     void managerDestroyed()
     {
         // The first request is answered, and only the others are aborted.
