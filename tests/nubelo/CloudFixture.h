@@ -2,33 +2,45 @@
 
 #include <nubelo/Manager.h>
 
-#include "support/RawServer.h"
-#include "support/ReplyOutcome.h"
+#include "nubelo/RawServer.h"
 #include "support/Rows.h"
 
 using Nubelo::Error;
 using Nubelo::Manager;
+using Nubelo::Reply;
 
-/// A Manager, and what every test of the request library does with one.
+/// What one reply of the request library came to.
+struct ReplyOutcome
+{
+    QStringList order; ///< of the signals
+    Error::ErrorCode code = Error::NoError;
+    QVariantMap map;
+    QList<QSslError> sslErrors;
+};
+
+/// A Manager, and what every test of the request library does with one. Whatever happened in a
+/// test, its Manager then serves one more request.
 class CloudFixture : public QObject
 {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
 protected:
-    QStringList configure(const QVariantMap &data)
-    {
-        return ReplyOutcome::of(manager->setConfigData(data, {})).order;
-    }
-    void useAddress(const QString &address)
-    {
-        configure({{"cloudEnvironment", "test"},
-                   {"environments", QVariantMap{{"test", QVariantMap{{"cloud", address}}}}}});
-    }
-    ReplyOutcome send(Manager::HttpRequestType type, const QVariantMap &headers = {})
-    {
-        return ReplyOutcome::of(manager->request(
-            "userLogin", type, Manager::NoEncrypt,
-            {{"source", "cloud"}, {"body", QVariantMap{{"a", "b"}}}, {"headers", headers}},
-            Manager::NoAuthentication, {}));
-    }
+    /// The certificate to trust, and a server's own.
+    static QString authority() { return QFINDTESTDATA("certificates/authority.pem"); }
+    static QSslConfiguration tls(const QString &name = "server");
+
+    void configure(const QVariantMap &data) { end(manager->setConfigData(data, {})); }
+    void useAddress(const QString &address);
+    void limit(int connectMs, int totalMs);
+
+    /// Waits for the reply's end, and one more turn for what must not come; releases the reply.
+    static ReplyOutcome end(Reply *reply);
+    ReplyOutcome send(Manager::HttpRequestType type = Manager::Post,
+                      const QVariantMap &headers = {}, const QVariantMap &body = {{"a", "b"}});
 
     const QByteArray good =
         RawServer::answer(R"({"status":"ok","result":{"n":12345678901,"t":"x"}})");
