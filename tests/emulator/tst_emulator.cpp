@@ -116,7 +116,6 @@ private Q_SLOTS:
     }
 
     // As many as are served at a time; they would wait for longer than the last call does.
-
     void givesUpClientsThatAreGone()
     {
         QVERIFY(m_emulator.addFault({{"request", "status"}, {"kind", "delay"}, {"ms", 3600000}}));
@@ -153,7 +152,6 @@ private Q_SLOTS:
     }
 
     // An idle connection is kept for longer than stop() waits, the delay is an hour.
-
     void endsWithConnectionsOpen()
     {
         const auto idle = connectedTo(m_emulator);
@@ -280,7 +278,6 @@ private Q_SLOTS:
     }
 
     // Killed at work again and again; the file is there by its own name and by a link's.
-
     void keepsWhatItAcknowledged()
     {
         QTemporaryDir directory;
