@@ -137,6 +137,7 @@ private Q_SLOTS:
         QCOMPARE((english.body + chinese.body).count("{{close}}&lt;i&gt;"), openings);
         QVERIFY(page == "privacy" ||
                 english.body.contains("\"codeErr\" data-field=\"code\">The v"));
+        QVERIFY(!english.body.contains("data-field=\"-\""));
         QCOMPARE(m_emulator.requests(), QJsonArray());
     }
 

@@ -64,7 +64,8 @@ private Q_SLOTS:
             press(Qt::Key_Return);
             press(Qt::Key_S, Qt::AltModifier);
             press(Qt::Key_V, Qt::AltModifier); // a captcha would be a second request
-            pressed = child<QProgressBar>("busy")->isVisible();
+            pressed = child<QProgressBar>("busy")->isVisible() &&
+                      !child<QPushButton>("signIn")->isEnabled();
         };
         connect(window->findChild<Requests *>(), &Requests::busyChanged, once, pressMore,
                 Qt::QueuedConnection);
