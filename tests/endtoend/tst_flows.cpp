@@ -38,7 +38,6 @@ private Q_SLOTS:
             Code::NoError, QString::fromUtf8("Lǐ Míng"), true);
         row("without company", "carol@example.com", "", "correct horse 4", Code::NoError, "Carol",
             false);
-        row("locked", "locked@example.com", "", "correct horse 2", Code::IllegalErr, "", false);
         row("wrong password", ada, "", "correct horse", Code::AuthErr, "", false);
     }
 
