@@ -37,289 +37,285 @@ class EmulatorTest : public QObject
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_emulator.start()); }
     void cleanupTestCase() { QVERIFY(m_emulator.stop()); } // a sanitizer's finding shows here
-    void refusesBadRequests_data();
-    void refusesBadRequests();
-    void refusesCallersFromElsewhere_data();
-    void refusesCallersFromElsewhere();
-    void countsFaultsDown();
-    void givesUpClientsThatAreGone();
-    void keepsLittleOfMuch();
-    void endsWithConnectionsOpen();
-    void refusesToStart_data();
-    void refusesToStart();
-    void refusesWhatIsInUse();
-    void leavesAlone_data();
-    void leavesAlone();
-    void keepsWhatItAcknowledged();
+
+    void refusesBadRequests_data()
+    {
+        const auto row = columns<QByteArray, QByteArray, QByteArray, int, QString>(
+            "method", "target", "body", "code", "complaint");
+        const QByteArray login = "/v1/user/login", faults = "/_dev/faults";
+        const QByteArray captcha = "/v1/captcha/0f8fad5b-d9cb-469f-a165-70867728950e";
+        row("unknown path", "GET", "/v1/nothing", {}, 404, "there is nothing at /v1/nothing");
+        row("path of odd bytes", "GET", "/%0A%00%ff", {}, 404, "there is nothing at");
+        row("wrong method", "GET", login, {}, 405, "answers POST, not GET");
+        row("not JSON", "POST", login, "{", 400, "the body is not JSON");
+        row("field missing", "POST", login, R"({"username":"a"})", 400, "\"password\" is missing");
+        row("field of wrong type", "POST", login, R"({"username":1})", 400, "must be a string");
+        row("huge body", "POST", login, QByteArray(1024 * 1024 + 1, ' '), 413, "1 MiB");
+        row("number too small", "GET", captcha + "?w=0", {}, 400, "whole number from 40");
+        row("short identifier", "GET", captcha.chopped(1), {}, 400, "captcha identifier");
+        row("text of another kind", "GET", "/v1/privacy/a/en-us/terms/%254", {}, 404, "no text");
+        row("fault of no request", "POST", faults, R"({"request":"logIn","kind":"drop"})", 400,
+            "request \"logIn\" is not known; known are");
+        row("fault of no kind", "POST", faults, R"({"request":"*","kind":"fire"})", 400,
+            "kind \"fire\" is not known; known are delay,");
+        row("fault misspelt", "POST", faults, R"({"request":"*","kind":"drop","time":1})", 400,
+            "\"time\" is not known");
+        row("fault without times", "POST", faults, R"({"request":"*","kind":"drop","times":0})",
+            400, "whole number from 1");
+        row("fault that splits the answer", "POST", faults,
+            R"({"request":"*","kind":"redirect","location":"a\r\nX: y"})", 400, "control");
+    }
+
+    void refusesBadRequests()
+    {
+        QFETCH(QByteArray, target);
+        QFETCH(QByteArray, method);
+        QFETCH(QByteArray, body);
+        QFETCH(QString, complaint);
+        const Reply reply = m_emulator.http(method, target, body);
+        QTEST(reply.code, "code");
+        QCOMPARE(reply.json().value("status").toString(), "fail");
+        QVERIFY2(reply.json().value("result").toString().contains(complaint),
+                 reply.body.constData());
+        QCOMPARE(m_emulator.devGet("faults").toArray(), QJsonArray());
+    }
+
+    void refusesCallersFromElsewhere_data()
+    {
+        const auto row = columns<QByteArray, int>("header", "code");
+        row("other loopback address", "Host: 127.8.8.8", 200);
+        row("name", "Host: LocalHost:1", 200);
+        row("version 6", "Host: [::1]:8787", 200);
+        row("like ours", "Host: localhost.evil.example", 403);
+        row("with a user", "Host: evil.example@localhost", 403);
+        row("foreign address", "Host: 192.0.2.1", 403);
+        row("page of ours", "Origin: http://127.0.0.1:8787", 200);
+        row("foreign page", "Origin: https://evil.example", 403);
+        row("page of no origin", "Origin: null", 403);
+    }
+
+    void refusesCallersFromElsewhere()
+    {
+        QFETCH(QByteArray, header);
+        QTEST(m_emulator.http("GET", "/v1/status", {}, {header}).code, "code");
+        QTEST(m_emulator.http("GET", "/_dev/requests", {}, {header}).code, "code");
+    }
+
+    void countsFaultsDown()
+    {
+        m_emulator.addFault({{"request", "status"}, {"kind", "word"}, {"word", "a"}, {"times", 2}});
+        m_emulator.addFault({{"request", "*"}, {"kind", "word"}, {"word", "b"}, {"times", 1}});
+        m_emulator.http("GET", "/v1/nothing");
+        QStringList words; // of the last there is none: the rules' own answer is an object
+        for (int i = 0; i < 4; ++i) {
+            words << m_emulator.http("GET", "/v1/status").json().value("result").toString();
+            if (i == 0)
+                QCOMPARE(m_emulator.devGet("faults").toArray()[0].toObject()["times"].toInt(), 1);
+        }
+        QCOMPARE(words, QStringList({"a", "a", "b", ""}));
+    }
+
+    // As many as are served at a time; they would wait for longer than the last call does.
+    void givesUpClientsThatAreGone()
+    {
+        QVERIFY(m_emulator.addFault({{"request", "status"}, {"kind", "delay"}, {"ms", 3600000}}));
+        std::vector<std::unique_ptr<QTcpSocket>> clients;
+        for (int i = 0; i < 64; ++i) {
+            clients.push_back(connectedTo(m_emulator));
+            clients.back()->write(i % 2 == 0 ? "GET /v1/status HTTP/1.1\r\n\r\n"
+                                             : "GET /_dev/inbox?wait=600000 HTTP/1.1\r\n\r\n");
+            QVERIFY(clients.back()->waitForBytesWritten());
+        }
+        clients.clear();
+        QCOMPARE(m_emulator.http("DELETE", "/_dev/faults").code, 200);
+    }
+
+    void keepsLittleOfMuch()
+    {
+        const QList<QByteArray> headers{"A: 1", "B: " + QByteArray(8000, 'b'),
+                                        "C: " + QByteArray(8000, 'c')};
+        const auto keptOf = [&](int count, const QByteArray &body, const auto &sentHeaders) {
+            m_emulator.devDelete("requests");
+            for (int i = 1; i <= count; ++i)
+                m_emulator.http("POST", "/v1/" + QByteArray::number(i), body, sentHeaders);
+            return m_emulator.requests();
+        };
+        keptOf(100, QByteArray(100000, 'x'), headers); // forgotten, room and all
+        const QJsonArray large = keptOf(100, QByteArray(100000, 'x'), headers);
+        const QJsonObject last = large.last().toObject(), sent = last["headers"].toObject();
+        QVERIFY2(large.size() > 50 && large.size() < 60, qPrintable(QString::number(large.size())));
+        QCOMPARE(last["path"].toString(), "/v1/100");
+        QCOMPARE(last["body"].toString().size(), 64 * 1024);
+        QCOMPARE(sent["A"].toString(), "1");
+        QVERIFY(sent["B"].toString().size() == 8000 && sent["C"].toString().size() < 200);
+        QCOMPARE(keptOf(1001, {}, QList<QByteArray>()).size(), 1000);
+        m_emulator.devDelete("requests");
+    }
+
+    // An idle connection is kept for longer than stop() waits, the delay is an hour.
+    void endsWithConnectionsOpen()
+    {
+        const auto idle = connectedTo(m_emulator);
+        QVERIFY(m_emulator.addFault({{"request", "status"}, {"kind", "delay"}, {"ms", 3600000}}));
+        const int before = m_emulator.requests().size();
+        const auto delayed = connectedTo(m_emulator);
+        delayed->write("GET /v1/status HTTP/1.1\r\n\r\n");
+        QVERIFY(delayed->waitForBytesWritten());
+        QTRY_COMPARE(m_emulator.requests().size(), before + 1);
+        QCOMPARE(m_emulator.http("GET", "/v1/ip-country").code, 200); // who waits holds up nobody
+        QVERIFY(QFile::exists(m_emulator.path("ready")));
+        QVERIFY(m_emulator.stop());
+        QVERIFY(!QFile::exists(m_emulator.path("ready")));
+        QVERIFY(m_emulator.start());
+    }
+
+    void refusesToStart_data()
+    {
+        // The value of --seed and --data is what their file holds.
+        const auto row = columns<QString, QByteArray, int, QByteArray>("option", "value",
+                                                                       "exitCode", "complaint");
+        row("any address", "--host", "0.0.0.0", 2, "0.0.0.0 is not a loopback address");
+        row("port too high", "--port", "65536", 2, "0 to 65535");
+        row("seed not JSON", "--seed", "{", 2, "is not JSON");
+        row("seed without password", "--seed", R"({"accounts":[{"username":"a"}]})", 2,
+            "account 0: field \"password\" is missing");
+        row("seed with a name twice", "--seed",
+            R"({"accounts":[{"username":"a","password":"b"},
+                            {"username":"c","password":"b","email":"a"}]})",
+            2, "account 1: \"a\" also belongs to account 0");
+        row("empty data", "--data", "", 1, "is not a data file");
+        row("foreign data", "--data", "SQLite format 3" + QByteArray(4096, '\0'), 1,
+            "is not a data file");
+        row("damaged data", "--data",
+            "SQLite format 3" + QByteArray(53, '\0') + "LPAC" + QByteArray(4096, 'x'), 1,
+            "is damaged");
+    }
+
+    void refusesToStart()
+    {
+        QFETCH(QString, option);
+        QFETCH(QByteArray, value);
+        QFETCH(QByteArray, complaint);
+        QTemporaryFile file;
+        const bool byFile = option == "--seed" || option == "--data";
+        QVERIFY(file.open() && file.write(value) == value.size() && file.flush());
+        QProcess process;
+        process.start(Emulator::defaultProgram(),
+                      {option, byFile ? file.fileName() : QString::fromUtf8(value)});
+        QVERIFY(process.waitForFinished());
+        QTEST(process.exitCode(), "exitCode");
+        const QByteArray message = process.readAllStandardError();
+        QVERIFY2(message.contains(complaint), message.constData());
+        QVERIFY(file.seek(0));
+        QCOMPARE(file.readAll(), value);
+    }
+
+    void refusesWhatIsInUse()
+    {
+        QTemporaryDir directory;
+        const QStringList data{"--data", directory.filePath("accounts.db")};
+        Emulator first(data);
+        QVERIFY(first.start());
+        for (const QStringList &options : {QStringList{"--port", QString::number(first.port())},
+                                           QStringList{"--port", "0"} + data}) {
+            QProcess second;
+            second.start(Emulator::defaultProgram(), options);
+            QVERIFY(second.waitForFinished());
+            QCOMPARE(second.exitCode(), 1);
+            QVERIFY(second.readAllStandardError().contains("in use"));
+        }
+    }
+
+    void leavesAlone_data()
+    {
+        const auto row = columns<QString, QString, QByteArray>("option", "name", "complaint");
+        row("FIFO", "--data", "fifo", "is not a regular file");
+        row("device", "--data", "device", "is not a regular file");
+        row("link to a device", "--data", "link", "is not a regular file");
+        row("link to nothing", "--data", "dangling", "is a link that leads nowhere");
+        row("directory", "--data", ".", "is not a regular file");
+        row("FIFO as a log", "--data", "new", "where something else is");
+        row("foreign file as a log", "--data", "novel", "where something else is");
+        row("read-only", "--data", "ours", "is read-only");
+        row("ready FIFO", "--ready-file", "fifo", "is not a regular file");
+        row("ready link to nothing", "--ready-file", "dangling", "is not a regular file");
+    }
+
+    void leavesAlone()
+    {
+        QFETCH(QString, option);
+        QFETCH(QString, name);
+        QFETCH(QByteArray, complaint);
+        QTemporaryDir directory;
+        const auto path = [&](const QString &file) { return directory.filePath(file); };
+        const auto native = [&](const QString &file) { return QFile::encodeName(path(file)); };
+        struct stat info = {};
+        QVERIFY(Emulator({"--data", path("ours")}).start());
+        QVERIFY(::chmod(native("ours"), 0444) == 0 && ::chmod(native("."), 0755) == 0);
+        QVERIFY(::mkfifo(native("fifo"), 0666) == 0 && ::mkfifo(native("new-wal"), 0666) == 0);
+        QVERIFY(QFile::copy(path("ours"), path("novel-journal")));
+        QVERIFY(QFile::link(path("device"), path("link")) && QFile::link("none", path("dangling")));
+        const bool known = ::stat("/dev/null", &info) == 0; // the number for a device of our own
+        const bool made = known && ::mknod(native("device"), info.st_mode, info.st_rdev) == 0;
+        if (!made && (name == "device" || name == "link"))
+            QSKIP("only root makes devices");
+        const auto all = [&] {
+            QVector<quint64> identities; // inode, kind and size of each, of a link its own
+            for (const QString &file : QDir(path(".")).entryList(QDir::AllEntries | QDir::System)) {
+                ::lstat(native(file), &info);
+                identities << info.st_ino << info.st_mode << quint64(info.st_size);
+            }
+            return identities;
+        };
+        const auto before = all();
+        const std::unique_ptr<QProcess> process(name == "ours" ? new UnprivilegedProcess
+                                                               : new QProcess);
+        process->start(Emulator::defaultProgram(), {"--port", "0", option, path(name)});
+        QVERIFY(process->waitForFinished());
+        QCOMPARE(process->exitCode(), 1);
+        const QByteArray message = process->readAllStandardError();
+        QVERIFY2(message.contains(complaint), message.constData());
+        QCOMPARE(all(), before);
+    }
+
+    // Killed at work again and again; the file is there by its own name and by a link's.
+    void keepsWhatItAcknowledged()
+    {
+        QTemporaryDir directory;
+        const QString name = directory.filePath("accounts.db"), link = directory.filePath("link");
+        QStringList tokens;
+        QVERIFY(QFile::link(name, link));
+        for (const QString &path : {name, link, name}) {
+            Emulator emulator({"--data", path});
+            const Client client(emulator);
+            QVERIFY(emulator.start());
+            for (const QString &token : qAsConst(tokens))
+                QCOMPARE(Client::word(client.profile(token, "10001")), "ok");
+            std::atomic<int> acknowledged{0};
+            std::thread signingIn([&] {
+                for (;; ++acknowledged) {
+                    const QString token =
+                        Client::token(client.logIn("ada@example.com", "correct horse 1"));
+                    if (token.isEmpty())
+                        return;
+                    tokens << token;
+                }
+            });
+            const bool busy = QTest::qWaitFor([&] { return acknowledged > 20; }, 30000);
+            emulator.kill();
+            signingIn.join();
+            QVERIFY(busy);
+        }
+        // Who deletes the file wants a new one, whatever its log still holds.
+        QVERIFY(QFile::exists(name + "-wal") && QFile::remove(name));
+        Emulator emulator({"--data", name});
+        QVERIFY(emulator.start());
+        QCOMPARE(Client::word(Client(emulator).profile(tokens[0], "10001")), "authErr");
+    }
 
 private:
     Emulator m_emulator;
 };
-
-void EmulatorTest::refusesBadRequests_data()
-{
-    const auto row = columns<QByteArray, QByteArray, QByteArray, int, QString>(
-        "method", "target", "body", "code", "complaint");
-    const QByteArray login = "/v1/user/login", faults = "/_dev/faults";
-    const QByteArray captcha = "/v1/captcha/0f8fad5b-d9cb-469f-a165-70867728950e";
-    row("unknown path", "GET", "/v1/nothing", {}, 404, "there is nothing at /v1/nothing");
-    row("path of odd bytes", "GET", "/%0A%00%ff", {}, 404, "there is nothing at");
-    row("wrong method", "GET", login, {}, 405, "answers POST, not GET");
-    row("not JSON", "POST", login, "{", 400, "the body is not JSON");
-    row("not an object", "POST", login, "[1]", 400, "not a JSON object");
-    row("field missing", "POST", login, R"({"username":"a"})", 400, "\"password\" is missing");
-    row("field of wrong type", "POST", login, R"({"username":1})", 400, "must be a string");
-    row("not UTF-8", "POST", login, "{\"username\":\"\xff\xfe\"}", 400, "UTF8");
-    row("deep nesting", "POST", login, QByteArray(100000, '['), 400, "deep");
-    row("huge body", "POST", login, QByteArray(1024 * 1024 + 1, ' '), 413, "1 MiB");
-    row("number too small", "GET", captcha + "?w=0", {}, 400, "whole number from 40");
-    row("number too large", "GET", captcha + "?w=99999999999", {}, 400, "a whole number");
-    row("short identifier", "GET", captcha.chopped(1), {}, 400, "captcha identifier");
-    row("text of another kind", "GET", "/v1/privacy/a/en-us/terms/%254", {}, 404, "no text");
-    row("fault of no request", "POST", faults, R"({"request":"logIn","kind":"drop"})", 400,
-        "request \"logIn\" is not known; known are");
-    row("fault of no kind", "POST", faults, R"({"request":"*","kind":"fire"})", 400,
-        "kind \"fire\" is not known; known are delay,");
-    row("fault misspelt", "POST", faults, R"({"request":"*","kind":"drop","time":1})", 400,
-        "\"time\" is not known");
-    row("fault without times", "POST", faults, R"({"request":"*","kind":"drop","times":0})", 400,
-        "whole number from 1");
-    row("fault that splits the answer", "POST", faults,
-        R"({"request":"*","kind":"redirect","location":"a\r\nX: y"})", 400, "control");
-}
-
-void EmulatorTest::refusesBadRequests()
-{
-    QFETCH(QByteArray, target);
-    QFETCH(QByteArray, method);
-    QFETCH(QByteArray, body);
-    QFETCH(QString, complaint);
-    const Reply reply = m_emulator.http(method, target, body);
-    QTEST(reply.code, "code");
-    QCOMPARE(reply.json().value("status").toString(), "fail");
-    QVERIFY2(reply.json().value("result").toString().contains(complaint), reply.body.constData());
-    QCOMPARE(m_emulator.devGet("faults").toArray(), QJsonArray());
-}
-
-void EmulatorTest::refusesCallersFromElsewhere_data()
-{
-    const auto row = columns<QByteArray, int>("header", "code");
-    row("other loopback address", "Host: 127.8.8.8", 200);
-    row("name", "Host: LocalHost:1", 200);
-    row("version 6", "Host: [::1]:8787", 200);
-    row("like ours", "Host: localhost.evil.example", 403);
-    row("with a user", "Host: evil.example@localhost", 403);
-    row("foreign address", "Host: 192.0.2.1", 403);
-    row("page of ours", "Origin: http://127.0.0.1:8787", 200);
-    row("foreign page", "Origin: https://evil.example", 403);
-    row("page of no origin", "Origin: null", 403);
-}
-
-void EmulatorTest::refusesCallersFromElsewhere()
-{
-    QFETCH(QByteArray, header);
-    QTEST(m_emulator.http("GET", "/v1/status", {}, {header}).code, "code");
-    QTEST(m_emulator.http("GET", "/_dev/requests", {}, {header}).code, "code");
-}
-
-void EmulatorTest::countsFaultsDown()
-{
-    m_emulator.addFault({{"request", "status"}, {"kind", "word"}, {"word", "a"}, {"times", 2}});
-    m_emulator.addFault({{"request", "*"}, {"kind", "word"}, {"word", "b"}, {"times", 1}});
-    m_emulator.http("GET", "/v1/nothing");
-    QStringList words; // of the last there is none: the rules' own answer is an object
-    for (int i = 0; i < 4; ++i) {
-        words << m_emulator.http("GET", "/v1/status").json().value("result").toString();
-        if (i == 0)
-            QCOMPARE(m_emulator.devGet("faults").toArray()[0].toObject()["times"].toInt(), 1);
-    }
-    QCOMPARE(words, QStringList({"a", "a", "b", ""}));
-}
-
-// As many as are served at a time; they would wait for longer than the last call does.
-void EmulatorTest::givesUpClientsThatAreGone()
-{
-    QVERIFY(m_emulator.addFault({{"request", "status"}, {"kind", "delay"}, {"ms", 3600000}}));
-    std::vector<std::unique_ptr<QTcpSocket>> clients;
-    for (int i = 0; i < 64; ++i) {
-        clients.push_back(connectedTo(m_emulator));
-        clients.back()->write(i % 2 == 0 ? "GET /v1/status HTTP/1.1\r\n\r\n"
-                                         : "GET /_dev/inbox?wait=600000 HTTP/1.1\r\n\r\n");
-        QVERIFY(clients.back()->waitForBytesWritten());
-    }
-    clients.clear();
-    QCOMPARE(m_emulator.http("DELETE", "/_dev/faults").code, 200);
-}
-
-void EmulatorTest::keepsLittleOfMuch()
-{
-    m_emulator.devDelete("requests");
-    const QList<QByteArray> headers{"A: 1", "B: " + QByteArray(8000, 'b'),
-                                    "C: " + QByteArray(8000, 'c')};
-    for (int i = 0; i < 100; ++i)
-        m_emulator.http("POST", "/v1/" + QByteArray::number(i), QByteArray(100000, 'x'), headers);
-    const QJsonArray kept = m_emulator.requests();
-    const QJsonObject last = kept.last().toObject(), sent = last["headers"].toObject();
-    QVERIFY2(kept.size() > 50 && kept.size() < 60, qPrintable(QString::number(kept.size())));
-    QCOMPARE(last["path"].toString(), "/v1/99");
-    QCOMPARE(last["body"].toString().size(), 64 * 1024);
-    QCOMPARE(sent["A"].toString(), "1");
-    QVERIFY(sent["B"].toString().size() == 8000 && sent["C"].toString().size() < 200);
-}
-
-// An idle connection is kept for longer than stop() waits, the delay is an hour.
-void EmulatorTest::endsWithConnectionsOpen()
-{
-    const auto idle = connectedTo(m_emulator);
-    QVERIFY(m_emulator.addFault({{"request", "status"}, {"kind", "delay"}, {"ms", 3600000}}));
-    const int before = m_emulator.requests().size();
-    const auto delayed = connectedTo(m_emulator);
-    delayed->write("GET /v1/status HTTP/1.1\r\n\r\n");
-    QVERIFY(delayed->waitForBytesWritten());
-    QTRY_COMPARE(m_emulator.requests().size(), before + 1);
-    QCOMPARE(m_emulator.http("GET", "/v1/ip-country").code, 200); // who waits holds up nobody
-    QVERIFY(QFile::exists(m_emulator.path("ready")));
-    QVERIFY(m_emulator.stop());
-    QVERIFY(!QFile::exists(m_emulator.path("ready")));
-    QVERIFY(m_emulator.start());
-}
-
-void EmulatorTest::refusesToStart_data()
-{
-    // The value of --seed and --data is what their file holds.
-    const auto row =
-        columns<QString, QByteArray, int, QByteArray>("option", "value", "exitCode", "complaint");
-    row("any address", "--host", "0.0.0.0", 2, "0.0.0.0 is not a loopback address");
-    row("any address, version 6", "--host", "::", 2, "not a loopback address");
-    row("port too high", "--port", "65536", 2, "0 to 65535");
-    row("seed not JSON", "--seed", "{", 2, "is not JSON");
-    row("seed without password", "--seed", R"({"accounts":[{"username":"a"}]})", 2,
-        "account 0: field \"password\" is missing");
-    row("seed with a name twice", "--seed",
-        R"({"accounts":[{"username":"a","password":"b"},
-                        {"username":"c","password":"b","email":"a"}]})",
-        2, "account 1: \"a\" also belongs to account 0");
-    row("empty data", "--data", "", 1, "is not a data file");
-    row("foreign data", "--data", "SQLite format 3" + QByteArray(4096, '\0'), 1,
-        "is not a data file");
-    row("damaged data", "--data",
-        "SQLite format 3" + QByteArray(53, '\0') + "LPAC" + QByteArray(4096, 'x'), 1, "is damaged");
-}
-
-void EmulatorTest::refusesToStart()
-{
-    QFETCH(QString, option);
-    QFETCH(QByteArray, value);
-    QFETCH(QByteArray, complaint);
-    QTemporaryFile file;
-    const bool byFile = option == "--seed" || option == "--data";
-    QVERIFY(file.open() && file.write(value) == value.size() && file.flush());
-    QProcess process;
-    process.start(Emulator::defaultProgram(),
-                  {option, byFile ? file.fileName() : QString::fromUtf8(value)});
-    QVERIFY(process.waitForFinished());
-    QTEST(process.exitCode(), "exitCode");
-    const QByteArray message = process.readAllStandardError();
-    QVERIFY2(message.contains(complaint), message.constData());
-    QVERIFY(file.seek(0));
-    QCOMPARE(file.readAll(), value);
-}
-
-void EmulatorTest::refusesWhatIsInUse()
-{
-    QTemporaryDir directory;
-    const QStringList data{"--data", directory.filePath("accounts.db")};
-    Emulator first(data);
-    QVERIFY(first.start());
-    for (const QStringList &options : {QStringList{"--port", QString::number(first.port())},
-                                       QStringList{"--port", "0"} + data}) {
-        QProcess second;
-        second.start(Emulator::defaultProgram(), options);
-        QVERIFY(second.waitForFinished());
-        QCOMPARE(second.exitCode(), 1);
-        QVERIFY(second.readAllStandardError().contains("in use"));
-    }
-}
-
-void EmulatorTest::leavesAlone_data()
-{
-    const auto row = columns<QString, QString, QByteArray>("option", "name", "complaint");
-    row("FIFO", "--data", "fifo", "is not a regular file");
-    row("device", "--data", "device", "is not a regular file");
-    row("link to a device", "--data", "link", "is not a regular file");
-    row("link to nothing", "--data", "dangling", "is a link that leads nowhere");
-    row("directory", "--data", ".", "is not a regular file");
-    row("foreign log", "--data", "new", "where something else is");
-    row("read-only", "--data", "ours", "is read-only");
-    row("ready FIFO", "--ready-file", "fifo", "is not a regular file");
-    row("ready link to nothing", "--ready-file", "dangling", "is not a regular file");
-}
-
-void EmulatorTest::leavesAlone()
-{
-    QFETCH(QString, option);
-    QFETCH(QString, name);
-    QFETCH(QByteArray, complaint);
-    QTemporaryDir directory;
-    const auto path = [&](const QString &file) { return directory.filePath(file); };
-    const auto native = [&](const QString &file) { return QFile::encodeName(path(file)); };
-    struct stat info = {};
-    QVERIFY(Emulator({"--data", path("ours")}).start());
-    QVERIFY(::chmod(native("ours"), 0444) == 0 && ::chmod(native("."), 0755) == 0);
-    QVERIFY(::mkfifo(native("fifo"), 0666) == 0 && ::mkfifo(native("new-wal"), 0666) == 0);
-    QVERIFY(QFile::link(path("device"), path("link")) && QFile::link("none", path("dangling")));
-    const bool known = ::stat("/dev/null", &info) == 0; // the number for a device of our own
-    const bool made = known && ::mknod(native("device"), info.st_mode, info.st_rdev) == 0;
-    if (!made && (name == "device" || name == "link"))
-        QSKIP("only root makes devices");
-    const auto all = [&] {
-        QVector<quint64> identities; // inode, kind and size of each, of a link its own
-        for (const QString &file : QDir(path(".")).entryList(QDir::AllEntries | QDir::System)) {
-            ::lstat(native(file), &info);
-            identities << info.st_ino << info.st_mode << quint64(info.st_size);
-        }
-        return identities;
-    };
-    const auto before = all();
-    const std::unique_ptr<QProcess> process(name == "ours" ? new UnprivilegedProcess
-                                                           : new QProcess);
-    process->start(Emulator::defaultProgram(), {"--port", "0", option, path(name)});
-    QVERIFY(process->waitForFinished());
-    QCOMPARE(process->exitCode(), 1);
-    const QByteArray message = process->readAllStandardError();
-    QVERIFY2(message.contains(complaint), message.constData());
-    QCOMPARE(all(), before);
-}
-
-// Killed at work again and again; the file is there by its own name and by a link's.
-void EmulatorTest::keepsWhatItAcknowledged()
-{
-    QTemporaryDir directory;
-    const QString name = directory.filePath("accounts.db"), link = directory.filePath("link");
-    QStringList tokens;
-    QVERIFY(QFile::link(name, link));
-    for (const QString &path : {name, link, name}) {
-        Emulator emulator({"--data", path});
-        const Client client(emulator);
-        QVERIFY(emulator.start());
-        for (const QString &token : qAsConst(tokens))
-            QCOMPARE(Client::word(client.profile(token, "10001")), "ok");
-        std::atomic<int> acknowledged{0};
-        std::thread signingIn([&] {
-            for (;; ++acknowledged) {
-                const QString token =
-                    Client::token(client.logIn("ada@example.com", "correct horse 1"));
-                if (token.isEmpty())
-                    return;
-                tokens << token;
-            }
-        });
-        const bool busy = QTest::qWaitFor([&] { return acknowledged > 20; }, 30000);
-        emulator.kill();
-        signingIn.join();
-        QVERIFY(busy);
-    }
-}
 
 QTEST_GUILESS_MAIN(EmulatorTest)
 #include "tst_emulator.moc"

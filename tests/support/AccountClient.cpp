@@ -3,57 +3,54 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QUuid>
 
-AccountClient::Reply AccountClient::post(const QByteArray &path, const QJsonObject &body) const
+AccountClient::Reply AccountClient::post(const QString &path, const QJsonObject &body,
+                                         const QString &token) const
 {
-    return m_emulator.http("POST", "/v1/user/" + path, QJsonDocument(body).toJson());
+    return m_emulator.http("POST", "/v1/user/" + path.toUtf8(), QJsonDocument(body).toJson(),
+                           {"X-Auth-Token: " + token.toUtf8()});
 }
 
-AccountClient::Reply AccountClient::logIn(const QString &userName, const QString &password) const
+AccountClient::Reply AccountClient::logIn(const QString &userName, const QString &password,
+                                          const QString &phoneArea) const
 {
     return post("login", {{"username", userName},
                           {"password", password},
-                          {"phoneArea", ""},
+                          {"phoneArea", phoneArea},
                           {"loginType", "VelqorPassPort"}});
 }
 
 AccountClient::Reply AccountClient::profile(const QString &token, const QByteArray &userId) const
 {
-    return m_emulator.http("POST", "/v1/user/info?userID=" + userId, {},
-                           {"X-Auth-Token: " + token.toUtf8()});
+    return post("info?userID=" + userId, {}, token);
 }
 
 QJsonObject AccountClient::solvedCaptcha(const QString &purpose, const QString &userName,
-                                         const QByteArray &query) const
+                                         const QString &phoneArea, const QByteArray &query) const
 {
     const QString id = QUuid::createUuid().toString(QUuid::WithoutBraces);
-    const QByteArray path = "captcha/" + id.toLatin1();
-    m_emulator.http("GET", "/v1/" + path + "?p=" + purpose.toLatin1() + query);
-    const QJsonObject captcha = result(m_emulator.http("GET", "/_dev/" + path)).toObject();
-    if (captcha.isEmpty())
-        return {};
-    return {{"captcha", captcha.value("answer")},
+    m_emulator.http("GET", "/v1/captcha/" + id.toLatin1() + "?p=" + purpose.toLatin1() + query);
+    return {{"captcha", m_emulator.captchaAnswer(id)},
             {"uuid", purpose + "-" + id},
             {"username", userName},
-            {"phoneArea", "86"},
+            {"phoneArea", phoneArea},
             {"lang", "en"},
             {"source", purpose},
             {"loginType", "VelqorPassPort"}};
 }
 
-QJsonObject AccountClient::sentCode(const QString &purpose, const QString &userName) const
+QJsonObject AccountClient::sentCode(const QString &purpose, const QString &userName,
+                                    const QString &phoneArea) const
 {
-    QJsonObject fields = solvedCaptcha(purpose, userName);
-    if (fields.isEmpty() || word(post("code", fields)) != "ok")
-        return {};
-    const QJsonArray inbox = result(m_emulator.http("GET", "/_dev/inbox")).toArray();
-    for (int i = inbox.size() - 1; i >= 0; --i) {
-        const QJsonObject message = inbox.at(i).toObject();
-        if (message.value("username") == userName && message.value("purpose") == purpose) {
-            fields.insert("validCode", message.value("code"));
-            return fields;
-        }
-    }
-    return {};
+    const QJsonObject fields = solvedCaptcha(purpose, userName, phoneArea);
+    const bool sent = word(post("code", fields)) == "ok";
+    return with(fields, {{"validCode", sent ? m_emulator.latestCode() : QString()}});
+}
+
+QJsonObject AccountClient::with(QJsonObject object, const QJsonObject &changes)
+{
+    for (auto it = changes.begin(); it != changes.end(); ++it)
+        object.insert(it.key(), it.value());
+    return object;
 }
 
 QString AccountClient::word(const Reply &reply)

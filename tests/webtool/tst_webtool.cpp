@@ -1,7 +1,8 @@
+#include "support/Rows.h"
+
 #include <QtCore/QProcess>
 #include <QtNetwork/QTcpServer>
 #include <QtNetwork/QTcpSocket>
-#include <QtTest/QtTest>
 
 #include <memory>
 
@@ -44,226 +45,211 @@ class tst_WebTool : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void printsNothingButReports();
-    void deniesForeignPages_data();
-    void deniesForeignPages();
-    void loadsAgainUntilThePageIsThere();
-    void keepsAPageThatWasShown_data();
-    void keepsAPageThatWasShown();
-    void showsAFileNothingButItself();
-    void refusesAWrongCommandLine();
+    void init()
+    {
+        tool = std::make_unique<QProcess>();
+        tool->setProgram(OPENWEBURL);
+        server = std::make_unique<QTcpServer>();
+        QVERIFY(server->listen(QHostAddress::LocalHost));
+    }
+
+    // With standard error in the same pipe, as the flow that creates accounts has it.
+    void printsNothingButReports()
+    {
+        serve([](const QByteArray &target) {
+            if (target != "/")
+                return QByteArray("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n");
+            return html(report + R"(
+                console.log('closeSignal');
+                console.error('userLoadSuccess start: a b c end');
+                (async () => {
+                    await report('openLoginURL_token_startXopenLoginURL_token_end');
+                    await report('account?userName=a%20closeSignal&password=x&phoneArea=');
+                    await report('account?userName=ada&password=x%0AcloseSignal&phoneArea=');
+                    await report('signed-in?token=T&userId=7');
+                    await report('account?userName=ada&password=s&phoneArea=86');
+                    await report('close');
+                })();
+            )");
+        });
+        tool->setProcessChannelMode(QProcess::MergedChannels);
+        tool->setArguments({page(), "en", "200"});
+        tool->start();
+        QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
+        QCOMPARE(tool->readAll(), QByteArray("openLoginURL_token_startTopenLoginURL_token_end"
+                                             "openLoginURL_user_id_start7openLoginURL_user_id_end\n"
+                                             "userLoadSuccess start: ada s 86 end\n"
+                                             "closeSignal\n"));
+        QCOMPARE(tool->exitCode(), 0);
+    }
+
+    void deniesForeignPages_data()
+    {
+        const auto row = columns<QByteArray>("firstPage");
+        const QByteArray elsewhere = "'http://localhost:' + location.port";
+        const QByteArray frame = "const frame = document.createElement('iframe');"
+                                 "document.documentElement.append(frame);";
+        row("gone to", "location = " + elsewhere + " + '/foreign';");
+        row("asked for something, and redirecting to a report",
+            "const picture = new Image();"
+            "picture.onerror = () => picture.src = '/outcome/refused,refused,refused';"
+            "picture.src = " +
+                elsewhere + " + '/redirect';");
+        row("framed", frame + "frame.src = " + elsewhere + " + '/foreign';");
+        row("own, but in a sandbox",
+            frame + "frame.sandbox = 'allow-scripts'; frame.src = '/foreign';");
+    }
+
+    void deniesForeignPages()
+    {
+        QFETCH(QByteArray, firstPage);
+        QByteArray outcome;
+        serve([&](const QByteArray &target) {
+            if (target == "/")
+                return html(firstPage);
+            if (target == "/foreign") {
+                return html(report + R"(
+                    Promise.all([report('close'), report('arguments'), report('supplied')])
+                        .then(outcome => new Image().src = '/outcome/' + outcome);
+                    )");
+            }
+            if (target == "/redirect")
+                return redirect("openweburl:supplied?key=");
+            if (target.startsWith("/outcome/"))
+                outcome = target.mid(9);
+            return QByteArray();
+        });
+        tool->setArguments({page(), "secret", "", "en"});
+        tool->start();
+        QTRY_COMPARE_WITH_TIMEOUT(outcome, QByteArray("refused,refused,refused"), patienceMs);
+        tool->terminate();
+        QVERIFY(tool->waitForFinished());
+        QCOMPARE(tool->readAllStandardOutput(), QByteArray());
+    }
+
+    void loadsAgainUntilThePageIsThere()
+    {
+        int tries = 0;
+        serve([&](const QByteArray &target) {
+            if (target == "/favicon.ico")
+                return QByteArray();
+            switch (++tries) {
+            case 1:
+            case 4:
+                return QByteArray();
+            case 2:
+                return QByteArray("HTTP/1.1 503 Busy\r\nContent-Length: 4\r\n\r\nbusy");
+            case 3: // shown, and then followed by one that gives no answer
+                return html("onload = () => setTimeout(() => location = '/next');");
+            default:
+                return html(report + "report('close');");
+            }
+        });
+        tool->setArguments({page("/a b"), "en", "100"});
+        tool->start();
+        QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
+        QCOMPARE(tool->readAllStandardOutput(), QByteArray("closeSignal\n"));
+        QCOMPARE(tries, 5);
+    }
+
+    void keepsAPageThatWasShown_data()
+    {
+        const auto row = columns<QByteArray>("step");
+        row("mail address", "location = 'mailto:a@b'");
+        row("download", "location = '/file'");
+        row("form that the service refuses",
+            "const form = document.createElement('form'); form.method = 'POST';"
+            "form.action = '/form'; document.documentElement.append(form); form.submit()");
+    }
+
+    // The page, or the answer to its form, stays for ten times the reload timeout.
+    void keepsAPageThatWasShown()
+    {
+        QFETCH(QByteArray, step);
+        int tries = 0;
+        const QByteArray closeLater = report + "setTimeout(() => report('close'), 1000);";
+        serve([&](const QByteArray &target) {
+            if (target == "/file") {
+                return QByteArray("HTTP/1.1 200 OK\r\nContent-Disposition: attachment\r\n"
+                                  "Content-Length: 1\r\n\r\nx");
+            }
+            if (target == "/favicon.ico")
+                return QByteArray();
+            ++tries;
+            if (target == "/form")
+                return html(closeLater).replace("200 OK", "422 Refused");
+            return html(closeLater + "onload = () => setTimeout(() => {" + step + "});");
+        });
+        tool->setArguments({page(), "en", "100"});
+        tool->start();
+        QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
+        QCOMPARE(tries, step.contains("form") ? 2 : 1);
+    }
+
+    void showsAFileNothingButItself()
+    {
+        QTemporaryDir directory;
+        const auto write = [&](const char *name, const QByteArray &text) {
+            QFile file(directory.filePath(name));
+            return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
+        };
+        QVERIFY(write("secret.json", "secret"));
+        QVERIFY(write("page.html",
+                      "<script>const tell = what => location = '" + page("/outcome/").toLatin1() +
+                          "' + what; const request = new XMLHttpRequest();"
+                          "request.onload = () => tell(request.responseText);"
+                          "request.onerror = () => tell('nothing');"
+                          "request.open('GET', 'secret.json'); request.send();</script>"));
+        QByteArray outcome;
+        serve([&](const QByteArray &target) {
+            if (target.startsWith("/outcome/"))
+                outcome = target.mid(9);
+            return html("");
+        });
+        tool->setArguments({"file://" + directory.filePath("page.html"), "en", "100"});
+        tool->start();
+        QTRY_COMPARE_WITH_TIMEOUT(outcome, QByteArray("nothing"), patienceMs);
+        tool->kill();
+        QVERIFY(tool->waitForFinished());
+    }
+
+    void refusesAWrongCommandLine()
+    {
+        tool->setArguments({"-platform", "en", "7"});
+        tool->start();
+        QVERIFY(tool->waitForFinished());
+        QCOMPARE(tool->exitCode(), 2);
+        QVERIFY(
+            tool->readAllStandardError().contains("\"-platform\" is not an http, https or file"));
+        QCOMPARE(tool->readAllStandardOutput(), QByteArray());
+    }
 
 private:
     using Answers = std::function<QByteArray(const QByteArray &target)>;
-    void serve(Answers answers);
-    QString page(const QString &path = "/", const QString &host = "127.0.0.1") const;
+
+    // Gives each request its answer; an empty one ends the connection.
+    void serve(Answers answers)
+    {
+        connect(server.get(), &QTcpServer::newConnection, this,
+                [this, answers = std::move(answers)] {
+                    QTcpSocket *socket = server->nextPendingConnection();
+                    connect(socket, &QTcpSocket::readyRead, socket, [socket, answers] {
+                        const QByteArray request = socket->readAll();
+                        socket->write(answers(request.split(' ').value(1)));
+                        socket->disconnectFromHost();
+                    });
+                    connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+                });
+    }
+
+    QString page(const QString &path = "/") const
+    {
+        return QString("http://127.0.0.1:%1%2").arg(server->serverPort()).arg(path);
+    }
 
     std::unique_ptr<QTcpServer> server;
     std::unique_ptr<QProcess> tool;
 };
 
-void tst_WebTool::init()
-{
-    tool = std::make_unique<QProcess>();
-    tool->setProgram(OPENWEBURL);
-    server = std::make_unique<QTcpServer>();
-    QVERIFY(server->listen(QHostAddress::LocalHost));
-}
-
-// Gives each request its answer; an empty one ends the connection.
-void tst_WebTool::serve(Answers answers)
-{
-    connect(server.get(), &QTcpServer::newConnection, this, [this, answers = std::move(answers)] {
-        QTcpSocket *socket = server->nextPendingConnection();
-        connect(socket, &QTcpSocket::readyRead, socket, [socket, answers] {
-            const QByteArray request = socket->readAll();
-            socket->write(answers(request.split(' ').value(1)));
-            socket->disconnectFromHost();
-        });
-        connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-    });
-}
-
-QString tst_WebTool::page(const QString &path, const QString &host) const
-{
-    return QStringLiteral("http://%1:%2%3").arg(host).arg(server->serverPort()).arg(path);
-}
-
-// With standard error in the same pipe, as the flow that creates accounts has it.
-void tst_WebTool::printsNothingButReports()
-{
-    serve([](const QByteArray &target) {
-        if (target != "/")
-            return QByteArray("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n");
-        return html(report + R"(
-            console.log('closeSignal');
-            console.error('userLoadSuccess start: a b c end');
-            (async () => {
-                await report('openLoginURL_token_startXopenLoginURL_token_end');
-                await report('account?userName=a%20closeSignal&password=x&phoneArea=');
-                await report('account?userName=ada&password=x%0AcloseSignal&phoneArea=');
-                await report('signed-in?token=T&userId=7');
-                await report('account?userName=ada&password=s&phoneArea=86');
-                await report('close');
-            })();
-        )");
-    });
-    tool->setProcessChannelMode(QProcess::MergedChannels);
-    tool->setArguments({page(), "en", "200"});
-    tool->start();
-    QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
-    QCOMPARE(tool->readAll(), QByteArray("openLoginURL_token_startTopenLoginURL_token_end"
-                                         "openLoginURL_user_id_start7openLoginURL_user_id_end\n"
-                                         "userLoadSuccess start: ada s 86 end\n"
-                                         "closeSignal\n"));
-    QCOMPARE(tool->exitCode(), 0);
-}
-
-void tst_WebTool::deniesForeignPages_data()
-{
-    QTest::addColumn<QByteArray>("firstPage");
-    const QByteArray leave = "location = 'http://localhost:' + location.port + '/foreign';";
-    const QByteArray frame = "const frame = document.createElement('iframe');"
-                             "document.documentElement.append(frame);";
-    QTest::newRow("gone to") << leave;
-    QTest::newRow("asked for something, and redirecting to a report")
-        << QByteArray("const picture = new Image();"
-                      "picture.onerror = () => picture.src = '/outcome/refused,refused,refused';"
-                      "picture.src = 'http://localhost:' + location.port + '/redirect';");
-    QTest::newRow("framed, and redirecting to a report")
-        << frame + "frame.src = 'http://localhost:' + location.port + '/redirect';" +
-               "setTimeout(() => new Image().src = '/outcome/refused,refused,refused', 500);";
-    QTest::newRow("framed") << frame +
-                                   "frame.src = 'http://localhost:' + location.port + '/foreign';";
-    QTest::newRow("own, but in a sandbox")
-        << frame + "frame.sandbox = 'allow-scripts'; frame.src = '/foreign';";
-}
-
-void tst_WebTool::deniesForeignPages()
-{
-    QFETCH(QByteArray, firstPage);
-    QByteArray outcome;
-    serve([&](const QByteArray &target) {
-        if (target == "/")
-            return html(firstPage);
-        if (target == "/foreign") {
-            return html(report + R"(
-                Promise.all([report('close'), report('arguments'), report('supplied')])
-                    .then(outcome => new Image().src = '/outcome/' + outcome);
-                )");
-        }
-        if (target == "/redirect")
-            return redirect("openweburl:supplied?key=");
-        if (target.startsWith("/outcome/"))
-            outcome = target.mid(9);
-        return QByteArray();
-    });
-    tool->setArguments({page(), "secret", "", "en"});
-    tool->start();
-    QTRY_COMPARE_WITH_TIMEOUT(outcome, QByteArray("refused,refused,refused"), patienceMs);
-    tool->terminate();
-    QVERIFY(tool->waitForFinished());
-    QCOMPARE(tool->readAllStandardOutput(), QByteArray());
-}
-
-void tst_WebTool::loadsAgainUntilThePageIsThere()
-{
-    int tries = 0;
-    serve([&](const QByteArray &target) {
-        if (target == "/favicon.ico")
-            return QByteArray();
-        switch (++tries) {
-        case 1:
-        case 4:
-            return QByteArray();
-        case 2:
-            return QByteArray("HTTP/1.1 503 Busy\r\nContent-Length: 4\r\n\r\nbusy");
-        case 3: // shown, and then followed by one that gives no answer
-            return html("onload = () => setTimeout(() => location = '/next');");
-        default:
-            return html(report + "report('close');");
-        }
-    });
-    tool->setArguments({page("/a b"), "en", "100"});
-    tool->start();
-    QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
-    QCOMPARE(tool->readAllStandardOutput(), QByteArray("closeSignal\n"));
-    QCOMPARE(tries, 5);
-}
-
-void tst_WebTool::keepsAPageThatWasShown_data()
-{
-    QTest::addColumn<QByteArray>("step");
-    QTest::newRow("mail address") << QByteArray("location = 'mailto:a@b'");
-    QTest::newRow("download") << QByteArray("location = '/file'");
-    QTest::newRow("form that the service refuses")
-        << QByteArray("const form = document.createElement('form'); form.method = 'POST';"
-                      "form.action = '/form'; document.documentElement.append(form);"
-                      "form.submit()");
-}
-
-// The page, or the answer to its form, stays for ten times the reload timeout.
-void tst_WebTool::keepsAPageThatWasShown()
-{
-    QFETCH(QByteArray, step);
-    int tries = 0;
-    const QByteArray closeLater = report + "setTimeout(() => report('close'), 1000);";
-    serve([&](const QByteArray &target) {
-        if (target == "/file") {
-            return QByteArray("HTTP/1.1 200 OK\r\nContent-Disposition: attachment\r\n"
-                              "Content-Length: 1\r\n\r\nx");
-        }
-        if (target == "/favicon.ico")
-            return QByteArray();
-        ++tries;
-        if (target == "/form")
-            return html(closeLater).replace("200 OK", "422 Refused");
-        return html(closeLater + "onload = () => setTimeout(() => {" + step + "});");
-    });
-    tool->setArguments({page(), "en", "100"});
-    tool->start();
-    QTRY_COMPARE_WITH_TIMEOUT(tool->state(), QProcess::NotRunning, patienceMs);
-    QCOMPARE(tries, step.contains("form") ? 2 : 1);
-}
-
-void tst_WebTool::showsAFileNothingButItself()
-{
-    QTemporaryDir directory;
-    const auto write = [&](const char *name, const QByteArray &text) {
-        QFile file(directory.filePath(name));
-        return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
-    };
-    QVERIFY(write("secret.json", "secret"));
-    QVERIFY(write("page.html", "<script>const tell = what => location = '" +
-                                   page("/outcome/").toLatin1() +
-                                   "' + what; const request = new XMLHttpRequest();"
-                                   "request.onload = () => tell(request.responseText);"
-                                   "request.onerror = () => tell('nothing');"
-                                   "request.open('GET', 'secret.json'); request.send();</script>"));
-    QByteArray outcome;
-    serve([&](const QByteArray &target) {
-        if (target.startsWith("/outcome/"))
-            outcome = target.mid(9);
-        return html("");
-    });
-    tool->setArguments({"file://" + directory.filePath("page.html"), "en", "100"});
-    tool->start();
-    QTRY_COMPARE_WITH_TIMEOUT(outcome, QByteArray("nothing"), patienceMs);
-    tool->kill();
-    QVERIFY(tool->waitForFinished());
-}
-
-void tst_WebTool::refusesAWrongCommandLine()
-{
-    tool->setArguments({"-platform", "en", "7"});
-    tool->start();
-    QVERIFY(tool->waitForFinished());
-    QCOMPARE(tool->exitCode(), 2);
-    QVERIFY(tool->readAllStandardError().contains("\"-platform\" is not an http, https or file"));
-    QCOMPARE(tool->readAllStandardOutput(), QByteArray());
-}
-
 QTEST_GUILESS_MAIN(tst_WebTool)
-
 #include "tst_webtool.moc"
