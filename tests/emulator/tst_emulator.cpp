@@ -73,7 +73,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, body);
         QFETCH(QString, complaint);
         const Reply reply = m_emulator.http(method, target, body);
-        QTEST(reply.code, "code");
+        QTEST(reply.httpStatus, "code");
         QCOMPARE(reply.json().value("status").toString(), "fail");
         QVERIFY2(reply.json().value("result").toString().contains(complaint),
                  reply.body.constData());
@@ -97,8 +97,8 @@ private Q_SLOTS:
     void refusesCallersFromElsewhere()
     {
         QFETCH(QByteArray, header);
-        QTEST(m_emulator.http("GET", "/v1/status", {}, {header}).code, "code");
-        QTEST(m_emulator.http("GET", "/_dev/requests", {}, {header}).code, "code");
+        QTEST(m_emulator.http("GET", "/v1/status", {}, {header}).httpStatus, "code");
+        QTEST(m_emulator.http("GET", "/_dev/requests", {}, {header}).httpStatus, "code");
     }
 
     void countsFaultsDown()
@@ -127,7 +127,7 @@ private Q_SLOTS:
             QVERIFY(clients.back()->waitForBytesWritten());
         }
         clients.clear();
-        QCOMPARE(m_emulator.http("DELETE", "/_dev/faults").code, 200);
+        QCOMPARE(m_emulator.http("DELETE", "/_dev/faults").httpStatus, 200);
     }
 
     void keepsLittleOfMuch()
@@ -162,7 +162,8 @@ private Q_SLOTS:
         delayed->write("GET /v1/status HTTP/1.1\r\n\r\n");
         QVERIFY(delayed->waitForBytesWritten());
         QTRY_COMPARE(m_emulator.requests().size(), before + 1);
-        QCOMPARE(m_emulator.http("GET", "/v1/ip-country").code, 200); // who waits holds up nobody
+        QCOMPARE(m_emulator.http("GET", "/v1/ip-country").httpStatus,
+                 200); // who waits holds up nobody
         QVERIFY(QFile::exists(m_emulator.path("ready")));
         QVERIFY(m_emulator.stop());
         QVERIFY(!QFile::exists(m_emulator.path("ready")));

@@ -80,7 +80,7 @@ private Q_SLOTS:
         fields["password"] = password;
         const auto reply = m_client.post(request, Client::with(fields, changes), token);
         QVERIFY2(Client::word(reply).contains(expected), reply.body);
-        QCOMPARE(reply.code, expected.contains(' ') ? 400 : 200);
+        QCOMPARE(reply.httpStatus, expected.contains(' ') ? 400 : 200);
         const auto again = [&] { return Client::word(m_client.post(request, fields, token)); };
         if (!changes.isEmpty()) // what was denied has not spent the code
             QCOMPARE(again(), "ok");
@@ -100,7 +100,7 @@ private Q_SLOTS:
         const QString token = Client::token(m_client.logIn(carol, carolsPassword));
         const QJsonObject half = Client::with(company, {{"username", "a@b"}});
         QCOMPARE(Client::word(m_client.post("supply", company, "nobody's")), "authErr");
-        QCOMPARE(m_client.post("supply", half, token).code, 400);
+        QCOMPARE(m_client.post("supply", half, token).httpStatus, 400);
         QCOMPARE(Client::word(m_client.post("supply", company, token)), "ok");
         const QJsonValue record = Client::result(m_client.logIn(carol, carolsPassword));
         QCOMPARE(record["companyPurpose"].toString(), "work");
@@ -147,7 +147,7 @@ private Q_SLOTS:
         QVERIFY(m_emulator.http("GET", "/web/page.js").head.contains("text/javascript"));
         for (const QByteArray path :
              {"", "nothing", "texts.tsv", "parts/head", "../seed", "a/page.js"})
-            QCOMPARE(m_emulator.http("GET", "/web/" + path).code, 404);
+            QCOMPARE(m_emulator.http("GET", "/web/" + path).httpStatus, 404);
     }
 
     void textsAreComplete()

@@ -181,9 +181,9 @@ QJsonValue Emulator::dev(const QByteArray &method, const QString &path, const QJ
 {
     const Answer answer = http(method, "/_dev/" + path.toUtf8(),
                                method == "POST" ? QJsonDocument(body).toJson() : QByteArray());
-    if (answer.code == 200)
+    if (answer.httpStatus == 200)
         return answer.json().value(QLatin1String("result"));
-    qWarning() << "emulator call failed:" << method << path << answer.code << answer.body;
+    qWarning() << "emulator call failed:" << method << path << answer.httpStatus << answer.body;
     return QJsonValue(QJsonValue::Undefined);
 }
 

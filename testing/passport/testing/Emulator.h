@@ -29,7 +29,7 @@ public:
     /// What came back over HTTP.
     struct Answer
     {
-        int code = 0; ///< HTTP status; 0: no whole header came
+        int httpStatus = 0; ///< 0: no whole header came
         QByteArray head;
         QByteArray body;
         QJsonObject json() const; ///< the body; empty when it is not a JSON object
