@@ -15,14 +15,15 @@ function(passport_target_defaults target)
   if(NOT ARG_TEST)
     target_compile_definitions(${target} PRIVATE
       QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING)
+    # What is handed out does not tell where it was built. In a debug build the debugger needs the paths, and
+    # tests find their data by them.
+    target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:
+      -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build>)
   endif()
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wundef
     # Qt's logging macros.
-    $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-gnu-zero-variadic-macro-arguments>
-    # What is handed out does not tell where it was built; in a debug build the debugger needs the paths.
-    $<$<NOT:$<CONFIG:Debug>>:
-      -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build>)
+    $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-gnu-zero-variadic-macro-arguments>)
 endfunction()
 
 # passport_add_library(name SOURCES file...): a shared library that finds its neighbours beside itself. Until
