@@ -12,6 +12,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <exception>
 #include <string>
 
 namespace {
@@ -145,9 +146,7 @@ int failWith(ExitCode exitCode, const QString &message)
     return exitCode;
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int run(int argc, char **argv)
 {
     Options options;
     CLI::App app("An account cloud for one machine, for development and tests.",
@@ -155,16 +154,25 @@ int main(int argc, char **argv)
     declare(app, options);
     try {
         app.parse(argc, argv);
-        const QCoreApplication application(argc, argv);
-        serve(options);
-        return Success;
     } catch (const CLI::ParseError &error) {
         return app.exit(error) == 0 ? Success : WrongUsage;
+    }
+    const QCoreApplication application(argc, argv);
+    serve(options);
+    return Success;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    try {
+        return run(argc, argv);
     } catch (const Failure &failure) {
         return failWith(failure.exitCode, failure.message);
     } catch (const SeedError &error) {
         return failWith(WrongUsage, QString::fromUtf8(error.what()));
-    } catch (const StoreError &error) {
+    } catch (const std::exception &error) {
         return failWith(CannotServe, QString::fromUtf8(error.what()));
     }
 }

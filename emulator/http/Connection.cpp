@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <mutex>
 
 namespace {
 
@@ -28,9 +29,12 @@ End endOf(int descriptor, decltype(&::getsockname) whichEnd)
     return {host, std::atoi(port)};
 }
 
+// One look at a time: each has a descriptor of its own meanwhile, among those that others look at.
 template <typename Visitor>
 void forEachConnection(int serverPort, Visitor &&visit)
 {
+    static std::mutex mutex;
+    const std::lock_guard<std::mutex> lock(mutex);
     std::error_code ignored;
     for (const auto &entry : std::filesystem::directory_iterator("/dev/fd", ignored)) {
         const int descriptor = std::atoi(entry.path().filename().c_str());

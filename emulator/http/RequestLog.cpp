@@ -12,7 +12,7 @@ constexpr int maximumBytes = 4 * 1024 * 1024; // of all, listed in a fraction of
 // The beginning of a text, as much as is left of an allowance.
 QString taken(const QString &text, int &left)
 {
-    const QString beginning = text.left(left);
+    QString beginning = text.left(left);
     left -= beginning.size();
     return beginning;
 }
