@@ -45,9 +45,9 @@ public:
     void exitModule();
 
     /// Ends every call that waits for the cloud, on whatever thread, as EC_OperationCanceledError;
-    /// what it was to fill stays as it was. Calls made later are not affected. A sign-in that is
-    /// fetching the profile has succeeded all the same. May be called from any thread while this
-    /// object lives; the quit and the end of the application do the same.
+    /// what it was to fill stays as it was. Calls made later are not affected. A user whose profile
+    /// is being fetched after a sign-in is signed in all the same. May be called from any thread
+    /// while this object lives; the quit and the end of the application do the same.
     void cancel();
 
     /// Changes the passport directory, and nothing else.

@@ -45,8 +45,8 @@ public:
     void cancel();
 
     // One request each. `result` receives the answer's "result", also that of a failed answer; it
-    // stays as it was when there was no answer. `body`, `params`,
-    // `headers` and `source` travel to the request library under their own names.
+    // stays as it was when there was no answer. `body`, `params`, `headers` and `source` travel to
+    // the request library under their own names.
 
     /// Request `name` with the given method.
     Q_INVOKABLE VelqorPassPort::PassportCommunityError
