@@ -1,8 +1,11 @@
 #pragma once
 
-#include "nubelo/Outcome_p.h"
+#include "nubelo/Error.h"
 
 #include <QtCore/QByteArray>
+#include <QtCore/QList>
+#include <QtCore/QVariantMap>
+#include <QtNetwork/QSslError>
 
 namespace Nubelo {
 
@@ -14,6 +17,14 @@ struct HttpAnswer
     QList<QSslError> sslErrors;
     int httpStatus = 0;
     QByteArray body;
+};
+
+/// How a reply ends; what its signals carry.
+struct Outcome
+{
+    Error::ErrorCode code = Error::NoError;
+    QVariantMap map;
+    QList<QSslError> sslErrors;
 };
 
 /// The code for an HTTP status, NoError below 400.

@@ -1,6 +1,6 @@
 #include "nubelo/Reply.h"
 
-#include "nubelo/Outcome_p.h"
+#include "nubelo/Answer_p.h"
 
 #include <QtCore/QMetaMethod>
 #include <QtCore/QPointer>

@@ -1,9 +1,6 @@
-#include "crypto/kernels/Kernel_p.h"
+#include "crypto/kernels/Routines_p.h"
 
 #if defined(__aarch64__)
-
-#include "crypto/kernels/Arm64_p.h"
-#include "crypto/kernels/Portable_p.h"
 
 #include <utility>
 

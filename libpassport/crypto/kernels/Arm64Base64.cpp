@@ -1,7 +1,6 @@
 #if defined(__aarch64__)
 
-#include "crypto/kernels/Arm64_p.h"
-#include "crypto/kernels/Portable_p.h"
+#include "crypto/kernels/Routines_p.h"
 
 #include <arm_neon.h>
 

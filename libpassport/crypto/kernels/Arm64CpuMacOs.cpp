@@ -1,6 +1,6 @@
 #if defined(__aarch64__) && defined(__APPLE__)
 
-#include "crypto/kernels/Arm64_p.h"
+#include "crypto/kernels/Routines_p.h"
 
 #include <sys/sysctl.h>
 

@@ -1,5 +1,5 @@
 #include "crypto/kernels/AesTables_p.h"
-#include "crypto/kernels/Portable_p.h"
+#include "crypto/kernels/Routines_p.h"
 
 #include <cstring>
 

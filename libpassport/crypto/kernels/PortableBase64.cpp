@@ -1,4 +1,4 @@
-#include "crypto/kernels/Portable_p.h"
+#include "crypto/kernels/Routines_p.h"
 
 namespace VelqorPassPort::Kernels::Portable {
 

@@ -1,7 +1,6 @@
 #if defined(__x86_64__)
 
-#include "crypto/kernels/Portable_p.h"
-#include "crypto/kernels/X86_p.h"
+#include "crypto/kernels/Routines_p.h"
 
 #include <cstring>
 #include <utility>

@@ -1,8 +1,6 @@
-#include "crypto/kernels/Kernel_p.h"
+#include "crypto/kernels/Routines_p.h"
 
 #if defined(__x86_64__)
-
-#include "crypto/kernels/X86_p.h"
 
 #include <cstring>
 #include <utility>
