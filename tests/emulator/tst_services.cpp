@@ -256,7 +256,7 @@ private Q_SLOTS:
         QVERIFY(page("https://a.example/b/en-us").contains(": https://a.example/b<"));
 
         QSet<QString> codes;
-        for (const QJsonValue &country : get("countries").toArray())
+        for (const auto country : get("countries").toArray())
             codes.insert(country.toObject().value("code").toString());
         QVERIFY(codes.size() > 230);
     }

@@ -157,7 +157,7 @@ private Q_SLOTS:
         const QString texts = readAll(web, "texts.tsv"), scripts = readAll(web, "*.js");
         for (const QString &line : texts.trimmed().split('\n').mid(1)) {
             const QStringList columns = line.split('\t');
-            const QString key = columns.first(), rest = key.section('.', 1);
+            const QString &key = columns.first(), rest = key.section('.', 1);
             QVERIFY2(columns.size() == (html.contains("id=\"" + columns.value(3) + '"') ? 4 : 3) &&
                          !columns.contains(QString()),
                      qPrintable(line));

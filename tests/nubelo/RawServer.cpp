@@ -70,7 +70,7 @@ void RawServer::serve(QSslSocket &socket)
                              received.remove(0, size);
                              {
                                  const QMutexLocker lock(&m_mutex);
-                                 m_lastRequest = request;
+                                 m_lastRequest = request; // NOLINT: "this" is not null
                              }
                              ++m_requests;
                              m_handler(socket, request);

@@ -139,7 +139,7 @@ private Q_SLOTS:
         install("openweburl", {"openLoginURL_token_startTopenLoginURL_token_end",
                                "openLoginURL_user_id_startUopenLoginURL_user_id_end"});
         QStringList seen;
-        connect(passport.get(), &Passport::tokenReceived, [&] {
+        connect(passport.get(), &Passport::tokenReceived, passport.get(), [&] {
             // The rest of the tool's life passes in here.
             QTRY_VERIFY(seen.contains("user"));
             passport->openURL(QUrl("http://127.0.0.1/"), "en");
