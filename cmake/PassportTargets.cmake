@@ -19,6 +19,9 @@ function(passport_target_defaults target)
     # tests find their data by them.
     target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Debug>>:
       -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build>)
+    # Apple's linker names the object files, for the debugger.
+    target_link_options(${target} PRIVATE $<$<AND:$<PLATFORM_ID:Darwin>,$<NOT:$<CONFIG:Debug>>>:
+      LINKER:-oso_prefix,${PROJECT_BINARY_DIR}/>)
   endif()
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wundef
