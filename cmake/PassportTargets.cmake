@@ -1,5 +1,8 @@
 # What every target of the project has in common, and one small function for each kind of target.
 
+include(CheckCXXCompilerFlag)
+check_cxx_compiler_flag(-Wvariadic-macro-arguments-omitted PASSPORT_KNOWS_OMITTED_ARGUMENTS)
+
 # passport_target_defaults(name [TEST]): tests may write their many texts as plain literals.
 function(passport_target_defaults target)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "TEST" "" "")
@@ -25,8 +28,9 @@ function(passport_target_defaults target)
   endif()
   target_compile_options(${target} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wundef
-    # Qt's logging macros.
-    $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-gnu-zero-variadic-macro-arguments>)
+    # Qt's logging macros, which Clang blames under one name or, since 19, the other.
+    $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-gnu-zero-variadic-macro-arguments>
+    $<$<BOOL:${PASSPORT_KNOWS_OMITTED_ARGUMENTS}>:-Wno-variadic-macro-arguments-omitted>)
 endfunction()
 
 # passport_add_library(name SOURCES file...): a shared library that finds its neighbours beside itself. Until
