@@ -9,7 +9,7 @@
 // The cipher's intrinsics can be had in a function that asks for them, or where the compiler's
 // default CPU includes the extension (macOS). Clang before 16 offers only the latter; without it
 // the routines of plain C++ step in.
-#if defined(__ARM_FEATURE_AES)
+#if defined(__ARM_FEATURE_AES) || defined(__ARM_FEATURE_CRYPTO) // the latter until Clang 12
 #define PASSPORT_TARGET_AES
 #elif !defined(__clang__)
 #define PASSPORT_TARGET_AES __attribute__((target("+crypto")))
