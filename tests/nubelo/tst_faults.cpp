@@ -5,9 +5,7 @@
 #include <ctime>
 #include <poll.h>
 #include <sys/socket.h>
-#ifdef Q_OS_LINUX
 #include <sys/syscall.h>
-#endif
 #include <unistd.h>
 
 /// What the thread of a test sees of the network and the clock.
@@ -26,6 +24,7 @@ struct World
 static thread_local World world;
 
 // These take the place of the C library's functions for libcurl and Qt too.
+#ifdef Q_OS_LINUX
 extern "C" Q_DECL_EXPORT ssize_t send(int socket, const void *data, size_t size, int flags)
 {
     const ssize_t sent = ::sendto(socket, data, size, flags, nullptr, 0);
@@ -35,7 +34,6 @@ extern "C" Q_DECL_EXPORT ssize_t send(int socket, const void *data, size_t size,
     return sent;
 }
 
-#ifdef Q_OS_LINUX
 extern "C" Q_DECL_EXPORT int clock_gettime(clockid_t clock, timespec *time) noexcept
 {
     const long result = ::syscall(SYS_clock_gettime, clock, time);
@@ -226,8 +224,8 @@ private Q_SLOTS:
         QFETCH(int, connections);
         const bool isAged = left == "aged", isUnanswered = left == "unanswered";
 #ifndef Q_OS_LINUX
-        if (isAged)
-            QSKIP("the clock of a thread can be moved on Linux alone");
+        if (connections == 2 && !isUnanswered)
+            QSKIP("functions of the C library are replaced on Linux alone");
 #endif
         const auto leave = [&](QSslSocket &socket) {
             if (!isAged && !isUnanswered)
