@@ -6,6 +6,7 @@
 #include <openssl/aes.h>
 #include <openssl/evp.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
