@@ -115,7 +115,8 @@ private Q_SLOTS:
         const auto restored = qScopeGuard([before] { QTextCodec::setCodecForLocale(before); });
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
         const QString umlaut = QString::fromUtf8("ä");
-        const QString path = dir.filePath(umlaut); // in local 8-bit on disk
+        // In local 8-bit on disk, of which macOS takes UTF-8 alone.
+        const QString path = dir.filePath(QSysInfo::kernelType() == "darwin" ? "a" : umlaut);
         const QByteArray localPath = path.toLocal8Bit();
         const EDData codec;
         const auto plain = [&] {
