@@ -9,7 +9,6 @@ template <typename Function>
 void inThreads(int count, Function function)
 {
     std::vector<std::thread> threads;
-    threads.reserve(count);
     for (int number = 0; number < count; ++number)
         threads.emplace_back([&function, number] { function(number); });
     for (std::thread &thread : threads)
