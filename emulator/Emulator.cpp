@@ -7,11 +7,8 @@
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QJsonObject>
-#include <QtCore/QStringList>
 #include <QtCore/QTextStream>
-#include <QtCore/QUrl>
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -23,20 +20,6 @@ bool isForPages(const Request &request)
 {
     return request.path == QLatin1String("/") || request.path.startsWith(webPath) ||
            request.path.startsWith(consolePath);
-}
-
-// Any web page in the developer's browser can send requests here, and read the answers when its
-// host name is made to resolve to the loopback address. These headers tell where a page is from.
-void requireLocalCaller(const Request &request)
-{
-    const QStringList hosts = request.headerValues(QStringLiteral("Host"));
-    if (!std::all_of(hosts.begin(), hosts.end(), isLoopbackAuthority))
-        throw Refusal(403, QStringLiteral("the Host header does not name a loopback address"));
-    const QStringList origins = request.headerValues(QStringLiteral("Origin"));
-    for (const QString &origin : origins) {
-        if (!isLoopbackAuthority(QUrl(origin).authority()))
-            throw Refusal(403, QStringLiteral("the Origin header names a foreign web page"));
-    }
 }
 
 void printLine(const QString &line)
@@ -92,7 +75,7 @@ void Emulator::addApiRoutes()
 Answer Emulator::answer(const Request &request)
 {
     try {
-        requireLocalCaller(request);
+        requireLocalCaller(request, isForPages(request));
     } catch (const Refusal &refusal) {
         return failAnswer(refusal.text(), refusal.httpStatus());
     }
