@@ -15,14 +15,6 @@ namespace {
 
 enum Language { English, Chinese };
 
-QString readFile(const QString &name)
-{
-    QFile file(QStringLiteral(":/web/") + name);
-    if (!file.open(QIODevice::ReadOnly))
-        throw Refusal(404, QStringLiteral("there is no web page or file /web/%1").arg(name));
-    return QString::fromUtf8(file.readAll());
-}
-
 Language languageOf(const Request &request)
 {
     const QString lang = QStringLiteral("lang");
@@ -43,18 +35,6 @@ QString queryWithLanguage(const Request &request, const QString &language)
     for (auto it = values.begin(); it != values.end(); ++it)
         query.addQueryItem(it.key(), QString::fromLatin1(QUrl::toPercentEncoding(it.value())));
     return query.toString(QUrl::FullyEncoded);
-}
-
-QString withParts(QString source)
-{
-    static const QRegularExpression part(QStringLiteral("\\{\\{>([a-z-]+)\\}\\}\n?"));
-    for (;;) {
-        const QRegularExpressionMatch match = part.match(source);
-        if (!match.hasMatch())
-            return source;
-        source.replace(match.capturedStart(), match.capturedLength(),
-                       readFile(QStringLiteral("parts/%1.html").arg(match.captured(1))));
-    }
 }
 
 // In one pass, so that braces in a value stand for themselves.
@@ -96,8 +76,10 @@ void addSecurityHeaders(Answer &answer)
 
 } // namespace
 
-WebPages::WebPages()
+WebPages::WebPages(const QString &folder) : m_folder(folder)
 {
+    if (!QFile::exists(QStringLiteral(":/%1/texts.tsv").arg(m_folder)))
+        return;
     const QLatin1String prefix("error.");
     const QStringList lines =
         readFile(QStringLiteral("texts.tsv")).split(QLatin1Char('\n'), Qt::SkipEmptyParts).mid(1);
@@ -119,9 +101,31 @@ WebPages::WebPages()
     }
 }
 
+QString WebPages::readFile(const QString &name) const
+{
+    QFile file(QStringLiteral(":/%1/%2").arg(m_folder, name));
+    if (!file.open(QIODevice::ReadOnly))
+        throw Refusal(404,
+                      QStringLiteral("there is no web page or file /%1/%2").arg(m_folder, name));
+    return QString::fromUtf8(file.readAll());
+}
+
+QString WebPages::withParts(QString source) const
+{
+    static const QRegularExpression part(QStringLiteral("\\{\\{>([a-z-]+)\\}\\}\n?"));
+    for (;;) {
+        const QRegularExpressionMatch match = part.match(source);
+        if (!match.hasMatch())
+            return source;
+        source.replace(match.capturedStart(), match.capturedLength(),
+                       readFile(QStringLiteral("parts/%1.html").arg(match.captured(1))));
+    }
+}
+
 Answer WebPages::answer(const Request &request) const
 {
-    const QString name = request.path.mid(int(qstrlen("/web/")));
+    const QString folder = QStringLiteral("/%1/").arg(m_folder);
+    const QString name = request.path.mid(folder.size());
     if (name.contains(QLatin1Char('/')))
         throw Refusal(404, QStringLiteral("there is nothing at %1").arg(request.path));
     Answer answer;

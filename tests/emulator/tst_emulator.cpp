@@ -72,7 +72,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, method);
         QFETCH(QByteArray, body);
         QFETCH(QString, complaint);
-        const Reply reply = m_emulator.http(method, target, body);
+        const Reply reply =
+            m_emulator.http(method, target, body, {"Content-Type: application/json"});
         QTEST(reply.httpStatus, "code");
         QCOMPARE(reply.json().value("status").toString(), "fail");
         QVERIFY2(reply.json().value("result").toString().contains(complaint),
@@ -86,19 +87,41 @@ private Q_SLOTS:
         row("other loopback address", "Host: 127.8.8.8", 200);
         row("name", "Host: LocalHost:1", 200);
         row("version 6", "Host: [::1]:8787", 200);
+        row("empty", "Host:", 403);
         row("like ours", "Host: localhost.evil.example", 403);
         row("with a user", "Host: evil.example@localhost", 403);
         row("foreign address", "Host: 192.0.2.1", 403);
         row("page of ours", "Origin: http://127.0.0.1:8787", 200);
         row("foreign page", "Origin: https://evil.example", 403);
         row("page of no origin", "Origin: null", 403);
+        row("page of another port", "Sec-Fetch-Site: same-site", 200);
+        row("foreign picture", "Sec-Fetch-Site: cross-site", 403);
+        row("foreign link", "Sec-Fetch-Site: cross-site\r\nSec-Fetch-Mode: navigate", 403);
     }
 
     void refusesCallersFromElsewhere()
     {
         QFETCH(QByteArray, header);
-        QTEST(m_emulator.http("GET", "/v1/status", {}, {header}).httpStatus, "code");
-        QTEST(m_emulator.http("GET", "/_dev/requests", {}, {header}).httpStatus, "code");
+        QFETCH(int, code);
+        for (const char *target : {"/v1/status", "/_dev/requests", "/web/sign-in"}) {
+            const bool leadsToPage = header.endsWith("navigate") && target[1] == 'w';
+            QCOMPARE(m_emulator.http("GET", target, {}, {header}).httpStatus,
+                     leadsToPage ? 200 : code);
+        }
+    }
+
+    void takesOnlyJson_data()
+    {
+        const auto row = columns<QByteArray, int>("type", "code");
+        row("none", "Accept: */*", 415);
+        row("of a form", "Content-Type: text/plain", 415);
+        row("JSON", "content-type: Application/JSON; charset=utf-8", 200);
+    }
+
+    void takesOnlyJson()
+    {
+        QFETCH(QByteArray, type);
+        QTEST(m_emulator.http("POST", "/_dev/reset", "{}", {type}).httpStatus, "code");
     }
 
     void countsFaultsDown()
@@ -122,8 +145,9 @@ private Q_SLOTS:
         std::vector<std::unique_ptr<QTcpSocket>> clients;
         for (int i = 0; i < 64; ++i) {
             clients.push_back(connectedTo(m_emulator));
-            clients.back()->write(i % 2 == 0 ? "GET /v1/status HTTP/1.1\r\n\r\n"
-                                             : "GET /_dev/inbox?wait=600000 HTTP/1.1\r\n\r\n");
+            clients.back()->write(
+                i % 2 == 0 ? "GET /v1/status HTTP/1.1\r\nHost: localhost\r\n\r\n"
+                           : "GET /_dev/inbox?wait=600000 HTTP/1.1\r\nHost: localhost\r\n\r\n");
             QVERIFY(clients.back()->waitForBytesWritten());
         }
         clients.clear();
@@ -159,7 +183,7 @@ private Q_SLOTS:
         QVERIFY(m_emulator.addFault({{"request", "status"}, {"kind", "delay"}, {"ms", 3600000}}));
         const int before = m_emulator.requests().size();
         const auto delayed = connectedTo(m_emulator);
-        delayed->write("GET /v1/status HTTP/1.1\r\n\r\n");
+        delayed->write("GET /v1/status HTTP/1.1\r\nHost: localhost\r\n\r\n");
         QVERIFY(delayed->waitForBytesWritten());
         QTRY_COMPARE(m_emulator.requests().size(), before + 1);
         QCOMPARE(m_emulator.http("GET", "/v1/ip-country").httpStatus,
