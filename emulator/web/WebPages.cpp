@@ -15,6 +15,8 @@ namespace {
 
 enum Language { English, Chinese };
 
+const QString langKey = QStringLiteral("lang");
+
 QString readFile(const QString &name)
 {
     QFile file(QStringLiteral(":/web/") + name);
@@ -25,24 +27,21 @@ QString readFile(const QString &name)
 
 Language languageOf(const Request &request)
 {
-    const QString lang = QStringLiteral("lang");
     const QString wish =
-        request.query.contains(lang)
-            ? request.query.value(lang)
+        request.query.contains(langKey)
+            ? request.query.value(langKey)
             : request.headerValues(QStringLiteral("Accept-Language")).join(QLatin1Char(','));
     // The language that stands first; browsers put it there.
     return wish.startsWith(QLatin1String("zh"), Qt::CaseInsensitive) ? Chinese : English;
 }
 
-// The query of the same page in another language.
-QString queryWithLanguage(const Request &request, const QString &language)
+// The query of a page, as HTML.
+QString queryText(const QMap<QString, QString> &values)
 {
-    QMap<QString, QString> values = request.query;
-    values.insert(QStringLiteral("lang"), language);
     QUrlQuery query;
     for (auto it = values.begin(); it != values.end(); ++it)
         query.addQueryItem(it.key(), QString::fromLatin1(QUrl::toPercentEncoding(it.value())));
-    return query.toString(QUrl::FullyEncoded);
+    return query.toString(QUrl::FullyEncoded).toHtmlEscaped();
 }
 
 QString withParts(QString source)
@@ -96,7 +95,7 @@ void addSecurityHeaders(Answer &answer)
 
 } // namespace
 
-WebPages::WebPages()
+WebPages::WebPages(const Settings &settings) : m_settings(settings)
 {
     const QLatin1String prefix("error.");
     const QStringList lines =
@@ -142,14 +141,20 @@ QString WebPages::page(const QString &name, const Request &request) const
     const QString source = readFile(name + QLatin1String(".html"));
     const Language language = languageOf(request);
     const bool chinese = language == Chinese;
-    const QString otherLanguage = chinese ? QStringLiteral("en") : QStringLiteral("zh-cn");
     QMap<QString, QString> values = m_texts[language];
     values.insert(QStringLiteral("lang"), chinese ? QStringLiteral("zh-CN") : QStringLiteral("en"));
     values.insert(QStringLiteral("other-lang"),
                   chinese ? QStringLiteral("en") : QStringLiteral("zh-CN"));
-    values.insert(QStringLiteral("other-query"),
-                  queryWithLanguage(request, otherLanguage).toHtmlEscaped());
+    QMap<QString, QString> query = request.query;
+    query.insert(langKey, chinese ? QStringLiteral("en") : QStringLiteral("zh-cn"));
+    values.insert(QStringLiteral("other-query"), queryText(query));
+    query.insert(langKey, chinese ? QStringLiteral("zh-cn") : QStringLiteral("en"));
+    if (!query.contains(QStringLiteral("from")) && name != QLatin1String("privacy"))
+        query.insert(QStringLiteral("from"), name);
+    values.insert(QStringLiteral("link-query"), queryText(query));
     values.insert(QStringLiteral("page"), name);
+    values.insert(QStringLiteral("code-interval"),
+                  QString::number(m_settings.codeIntervalSeconds()));
     for (const char *part : {".title", ".submit", ".done", ".untold"}) {
         const QLatin1String ending(part);
         values.insert(QLatin1String("page") + ending, values.value(name + ending));
