@@ -5,15 +5,25 @@
 #include "services/Denial.h"
 #include "services/PrivacyPage.h"
 
-#include <QtCore/QDateTime>
-#include <QtCore/QJsonArray>
+#include <QtCore/QElapsedTimer>
+#include <QtCore/QJsonObject>
 #include <QtCore/QStringList>
 #include <QtCore/QTextStream>
 #include <QtCore/QUrl>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
+
+const QString webPath = QStringLiteral("/web/");
+const QString consolePath = QStringLiteral("/console/");
+
+bool isForPages(const Request &request)
+{
+    return request.path == QLatin1String("/") || request.path.startsWith(webPath) ||
+           request.path.startsWith(consolePath);
+}
 
 // Any web page in the developer's browser can send requests here, and read the answers when its
 // host name is made to resolve to the loopback address. These headers tell where a page is from.
@@ -41,23 +51,13 @@ void printLine(const QString &line)
 } // namespace
 
 Emulator::Emulator(Store &store, const Seed &seed)
-    : m_store(store)
-    , m_seed(seed)
-    , m_settings(store.database())
-    , m_challenges(store.database())
-    , m_captchas(m_challenges)
-    , m_codes(store, m_challenges, m_captchas, m_settings)
-    , m_accounts(store, m_captchas, m_codes)
-    , m_registrations(store, m_codes)
-    , m_countries(m_settings)
-    , m_pages(m_settings)
+    : m_services(store)
+    , m_webPages(QStringLiteral("web"), m_services.settings)
+    , m_consolePages(QStringLiteral("console"), m_services.settings)
     , m_api(QStringLiteral("/v1"))
-    , m_developer(QStringLiteral("/_dev/"))
-    , m_web(QStringLiteral("/web/"))
+    , m_developer(m_services, seed, m_faults, m_log)
 {
     addApiRoutes();
-    addDeveloperRoutes();
-    m_web.add("GET", "", [this](auto &r) { return m_pages.answer(r); });
     m_faults.setRequestNames(m_api.names());
 }
 
@@ -70,52 +70,44 @@ void Emulator::addApiRoutes()
         m_api.add("POST", path, function, name);
     };
     get("status", "/status", [this](auto &) { return status(); });
-    post("userLogin", "/user/login", [this](auto &r) { return m_accounts.logIn(r); });
-    post("getPassInfo", "/user/info", [this](auto &r) { return m_accounts.profile(r); });
-    get("captcha", "/captcha/", [this](auto &r) { return m_captchas.draw(r); });
-    post("userInfoValid", "/user/code", [this](auto &r) { return m_codes.send(r); });
+    post("userLogin", "/user/login", [this](auto &r) { return m_services.accounts.logIn(r); });
+    post("getPassInfo", "/user/info", [this](auto &r) { return m_services.accounts.profile(r); });
+    get("captcha", "/captcha/", [this](auto &r) { return m_services.captchas.draw(r); });
+    post("userInfoValid", "/user/code", [this](auto &r) { return m_services.codes.send(r); });
     post("userCodeLogin", "/user/code-login",
-         [this](auto &r) { return m_accounts.logInByCode(r); });
+         [this](auto &r) { return m_services.accounts.logInByCode(r); });
     post("userExistCheck", "/user/exists",
-         [this](auto &r) { return m_accounts.checkExistence(r); });
-    post("rbpwd", "/user/reset-password", [this](auto &r) { return m_accounts.resetPassword(r); });
+         [this](auto &r) { return m_services.accounts.checkExistence(r); });
+    post("rbpwd", "/user/reset-password",
+         [this](auto &r) { return m_services.accounts.resetPassword(r); });
     post("registerUser", "/user/register",
-         [this](auto &r) { return m_registrations.registerUser(r); });
-    post("supplyInfo", "/user/supply", [this](auto &r) { return m_registrations.supplyInfo(r); });
-    get("fetchCountries", "/countries", [this](auto &) { return m_countries.list(); });
-    get("ipCountry", "/ip-country", [this](auto &) { return m_countries.current(); });
+         [this](auto &r) { return m_services.registrations.registerUser(r); });
+    post("supplyInfo", "/user/supply",
+         [this](auto &r) { return m_services.registrations.supplyInfo(r); });
+    get("fetchCountries", "/countries", [this](auto &) { return m_services.countries.list(); });
+    get("ipCountry", "/ip-country", [this](auto &) { return m_services.countries.current(); });
     get("getOEMPrivacyColorInfoByType", "/privacy/", [](auto &r) { return privacyPage(r); });
-}
-
-void Emulator::addDeveloperRoutes()
-{
-    const auto forgetRequests = [this](auto &) {
-        m_log.clear();
-        return okAnswer({});
-    };
-    const auto clearFaults = [this](auto &) {
-        m_faults.clear();
-        return okAnswer({});
-    };
-    m_developer.add("GET", "requests", [this](auto &) { return okAnswer(m_log.toJson()); });
-    m_developer.add("DELETE", "requests", forgetRequests);
-    m_developer.add("GET", "faults", [this](auto &) { return okAnswer(m_faults.toJson()); });
-    m_developer.add("POST", "faults", [this](auto &r) { return addFault(r); });
-    m_developer.add("DELETE", "faults", clearFaults);
-    m_developer.add("GET", "captcha/", [this](auto &r) { return m_captchas.show(r); });
-    m_developer.add("GET", "inbox", [this](auto &r) { return m_codes.inbox(r); });
-    m_developer.add("GET", "settings", [this](auto &) { return okAnswer(m_settings.toJson()); });
-    m_developer.add("POST", "settings", [this](auto &r) { return changeSettings(r); });
-    m_developer.add("POST", "ip-country", [this](auto &r) { return m_countries.setCurrent(r); });
-    m_developer.add("POST", "reset", [this](auto &) { return reset(); });
 }
 
 Answer Emulator::answer(const Request &request)
 {
     try {
         requireLocalCaller(request);
-        Transaction transaction(m_store.database());
-        Answer answer = answerByPath(request);
+    } catch (const Refusal &refusal) {
+        return failAnswer(refusal.text(), refusal.httpStatus());
+    }
+    if (m_developer.isFor(request))
+        return answerByTransaction([&] { return m_developer.answer(request); });
+    if (isForPages(request))
+        return answerByTransaction([&] { return answerPage(request); });
+    return answerApi(request);
+}
+
+Answer Emulator::answerByTransaction(const std::function<Answer()> &function)
+{
+    try {
+        Transaction transaction(m_services.store.database());
+        Answer answer = function();
         transaction.commit();
         printLine(answer.consoleLine);
         return answer;
@@ -126,13 +118,45 @@ Answer Emulator::answer(const Request &request)
     }
 }
 
-Answer Emulator::answerByPath(const Request &request)
+Answer Emulator::answerPage(const Request &request) const
 {
-    for (const Router *router : {&m_developer, &m_web}) {
-        if (router->isFor(request))
-            return router->find(request).function(request);
-    }
-    return answerApi(request);
+    if (request.method != QLatin1String("GET"))
+        throw Refusal(405, QStringLiteral("pages answer GET, not %1").arg(request.method));
+    if (request.path.startsWith(webPath))
+        return m_webPages.answer(request);
+    Request named = request;
+    if (request.path == QLatin1String("/"))
+        named.path = consolePath + QStringLiteral("index");
+    return m_consolePages.answer(named);
+}
+
+Answer Emulator::answerApi(const Request &request)
+{
+    QElapsedTimer timer;
+    timer.start();
+    RequestLog::Entry entry;
+    entry.request = request;
+    entry.answer = answerByTransaction([&] {
+        entry.time = Clock::text(m_services.clock.now());
+        return answerOrFault(request, entry);
+    });
+    const Answer answer = entry.answer;
+    entry.durationMs = timer.elapsed() + answer.delivery.delay.count();
+    m_log.add(std::move(entry));
+    return answer;
+}
+
+Answer Emulator::answerOrFault(const Request &request, RequestLog::Entry &entry)
+{
+    const Route &route = m_api.find(request);
+    entry.name = route.name;
+    const std::optional<Fault> fault = m_faults.take(route.name);
+    if (!fault)
+        return answerByRules(route, request);
+    entry.fault = fault->kind();
+    Answer answer = fault->answer ? *fault->answer : answerByRules(route, request);
+    answer.delivery = fault->delivery;
+    return answer;
 }
 
 Answer Emulator::answerByRules(const Route &route, const Request &request)
@@ -144,42 +168,9 @@ Answer Emulator::answerByRules(const Route &route, const Request &request)
     }
 }
 
-Answer Emulator::answerApi(const Request &request)
-{
-    RequestLog::Entry &entry = m_log.add(request);
-    const Route &route = m_api.find(request);
-    entry.name = route.name;
-    const std::optional<Fault> fault = m_faults.take(route.name);
-    Answer answer = fault && fault->answer ? *fault->answer : answerByRules(route, request);
-    if (fault)
-        answer.delivery = fault->delivery;
-    return answer;
-}
-
 Answer Emulator::status() const
 {
-    return okAnswer(QJsonObject{
-        {QStringLiteral("service"), QStringLiteral("passport-emulator")},
-        {QStringLiteral("version"), QStringLiteral(PASSPORT_VERSION)},
-        {QStringLiteral("time"), QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs)}});
-}
-
-Answer Emulator::reset()
-{
-    m_store.reset(m_seed.accounts());
-    m_faults.clear();
-    m_log.clear();
-    return okAnswer({});
-}
-
-Answer Emulator::addFault(const Request &request)
-{
-    m_faults.add(request.json());
-    return okAnswer({});
-}
-
-Answer Emulator::changeSettings(const Request &request)
-{
-    m_settings.change(request.json());
-    return okAnswer(m_settings.toJson());
+    return okAnswer(QJsonObject{{QStringLiteral("service"), QStringLiteral("passport-emulator")},
+                                {QStringLiteral("version"), QStringLiteral(PASSPORT_VERSION)},
+                                {QStringLiteral("time"), Clock::text(m_services.clock.now())}});
 }

@@ -115,7 +115,7 @@ void serve(const Options &options)
     const int wantedPort = QString::fromStdString(options.port).toInt();
     const QString readyFile = QFile::decodeName(options.readyFile.c_str());
     const Seed seed(QFile::decodeName(options.seed.c_str()));
-    Store store(QFile::decodeName(options.data.c_str()), [&] { return seed.accounts(); });
+    Store store(QFile::decodeName(options.data.c_str()), [&] { return seed.contents(); });
     Emulator emulator(store, seed);
     HttpServer server([&](const Request &request) { return emulator.answer(request); });
     const TerminationSignals signals_;

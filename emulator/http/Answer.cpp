@@ -24,5 +24,7 @@ Answer okAnswer(const QJsonValue &result)
 
 Answer failAnswer(const QString &text, int httpStatus)
 {
-    return jsonAnswer(QStringLiteral("fail"), text, httpStatus);
+    Answer answer = jsonAnswer(QStringLiteral("fail"), text, httpStatus);
+    answer.word = text;
+    return answer;
 }

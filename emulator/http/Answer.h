@@ -35,6 +35,7 @@ struct Answer
     /// Long polling, when not zero: this answer is kept back, and the request answered anew after
     /// each other one, until an answer has zero here or this time has passed.
     std::chrono::milliseconds longPoll{0};
+    QString word;        ///< of a failAnswer, what it fails with
     QString consoleLine; ///< for the developer, once the changes of the request are kept
 };
 

@@ -12,92 +12,135 @@ namespace {
 
 const QString any = QStringLiteral("*");
 
-struct Kind
+struct Parameter
 {
-    QStringList fields; ///< its own, besides those that every fault has
-    void (*read)(const Fields &fields, Fault &fault);
+    enum class Type { Text, Number };
+
+    QString name;
+    Type type;
+    bool optional = false;
+    int minimum = 0; ///< of a number
+    int maximum = 0;
 };
 
-void readWord(const Fields &fields, Fault &fault)
+struct Kind
 {
-    fault.answer = failAnswer(fields.text(QStringLiteral("word")));
+    QVector<Parameter> parameters; ///< besides what every fault has
+    void (*apply)(const QJsonObject &values, Fault &fault);
+};
+
+QString textIn(const QJsonObject &values, const char *name)
+{
+    return values.value(QLatin1String(name)).toString();
 }
 
-void readHttpStatus(const Fields &fields, Fault &fault)
+int numberIn(const QJsonObject &values, const char *name, int fallback = 0)
 {
-    const int httpStatus = fields.number(QStringLiteral("code"), 400, 599);
+    return values.value(QLatin1String(name)).toInt(fallback);
+}
+
+void applyWord(const QJsonObject &values, Fault &fault)
+{
+    fault.answer = failAnswer(textIn(values, "word"));
+}
+
+void applyHttpStatus(const QJsonObject &values, Fault &fault)
+{
+    const int httpStatus = numberIn(values, "code");
     fault.answer = failAnswer(QStringLiteral("HTTP %1, as asked for").arg(httpStatus), httpStatus);
-    if (fields.has(QStringLiteral("body")))
-        fault.answer->body = fields.text(QStringLiteral("body")).toUtf8();
+    if (values.contains(QStringLiteral("body"))) {
+        fault.answer->body = textIn(values, "body").toUtf8();
+        fault.answer->word.clear();
+    }
 }
 
-void readDelay(const Fields &fields, Fault &fault)
+void applyDelay(const QJsonObject &values, Fault &fault)
 {
-    constexpr int oneDay = 24 * 60 * 60 * 1000;
-    fault.delivery.delay =
-        std::chrono::milliseconds(fields.number(QStringLiteral("ms"), 0, oneDay));
+    fault.delivery.delay = std::chrono::milliseconds(numberIn(values, "ms"));
 }
 
-void readDrop(const Fields &, Fault &fault)
+void applyDrop(const QJsonObject &, Fault &fault)
 {
     fault.delivery.manner = Delivery::Manner::Drop;
 }
 
-void readHalfBody(const Fields &, Fault &fault)
+void applyHalfBody(const QJsonObject &, Fault &fault)
 {
     fault.delivery.manner = Delivery::Manner::HalfBody;
 }
 
-void readDrip(const Fields &fields, Fault &fault)
+void applyDrip(const QJsonObject &values, Fault &fault)
 {
     fault.delivery.manner = Delivery::Manner::Drip;
-    fault.delivery.bytesPerSecond = fields.number(QStringLiteral("bytesPerSecond"), 1, 1000000);
+    fault.delivery.bytesPerSecond = numberIn(values, "bytesPerSecond");
 }
 
-void readMalformed(const Fields &, Fault &fault)
+void applyMalformed(const QJsonObject &, Fault &fault)
 {
     fault.answer = Answer();
     fault.answer->body = QByteArrayLiteral("{\"status\":\"ok\",\"result\":");
 }
 
-void readNotObject(const Fields &, Fault &fault)
+void applyNotObject(const QJsonObject &, Fault &fault)
 {
     fault.answer = Answer();
     fault.answer->body = QByteArrayLiteral("[\"ok\"]");
 }
 
-void readRedirect(const Fields &fields, Fault &fault)
+void applyRedirect(const QJsonObject &values, Fault &fault)
 {
-    const QString statusField = QStringLiteral("code");
-    const QByteArray location = fields.text(QStringLiteral("location")).toUtf8();
+    const QByteArray location = textIn(values, "location").toUtf8();
     const bool oneLine = std::all_of(location.begin(), location.end(),
                                      [](char c) { return static_cast<unsigned char>(c) >= ' '; });
     if (!oneLine)
         throw Refusal(400, QStringLiteral("field \"location\" must not hold control characters"));
-    fault.answer = failAnswer(QStringLiteral("the answer is elsewhere"));
-    const int httpStatus = fields.has(statusField) ? fields.number(statusField, 301, 308) : 302;
+    const int httpStatus = numberIn(values, "code", 302);
     if (httpStatus > 303 && httpStatus < 307)
         throw Refusal(400, QStringLiteral("field \"code\" must be 301, 302, 303, 307 or 308"));
-    fault.answer->httpStatus = httpStatus;
+    fault.answer = failAnswer(QStringLiteral("the answer is elsewhere"), httpStatus);
     fault.answer->headers.append({QByteArrayLiteral("Location"), location});
 }
 
 const QMap<QString, Kind> &kinds()
 {
+    constexpr auto text = Parameter::Type::Text;
+    constexpr auto number = Parameter::Type::Number;
+    constexpr int oneDayMs = 24 * 60 * 60 * 1000;
     static const QMap<QString, Kind> table = {
-        {QStringLiteral("word"), {{QStringLiteral("word")}, readWord}},
+        {QStringLiteral("word"), {{{QStringLiteral("word"), text}}, applyWord}},
         {QStringLiteral("httpStatus"),
-         {{QStringLiteral("code"), QStringLiteral("body")}, readHttpStatus}},
-        {QStringLiteral("delay"), {{QStringLiteral("ms")}, readDelay}},
-        {QStringLiteral("drop"), {{}, readDrop}},
-        {QStringLiteral("halfBody"), {{}, readHalfBody}},
-        {QStringLiteral("drip"), {{QStringLiteral("bytesPerSecond")}, readDrip}},
-        {QStringLiteral("malformed"), {{}, readMalformed}},
-        {QStringLiteral("notObject"), {{}, readNotObject}},
+         {{{QStringLiteral("code"), number, false, 400, 599}, {QStringLiteral("body"), text, true}},
+          applyHttpStatus}},
+        {QStringLiteral("delay"),
+         {{{QStringLiteral("ms"), number, false, 0, oneDayMs}}, applyDelay}},
+        {QStringLiteral("drop"), {{}, applyDrop}},
+        {QStringLiteral("halfBody"), {{}, applyHalfBody}},
+        {QStringLiteral("drip"),
+         {{{QStringLiteral("bytesPerSecond"), number, false, 1, 1000000}}, applyDrip}},
+        {QStringLiteral("malformed"), {{}, applyMalformed}},
+        {QStringLiteral("notObject"), {{}, applyNotObject}},
         {QStringLiteral("redirect"),
-         {{QStringLiteral("location"), QStringLiteral("code")}, readRedirect}},
+         {{{QStringLiteral("location"), text}, {QStringLiteral("code"), number, true, 301, 308}},
+          applyRedirect}},
     };
     return table;
+}
+
+void check(const QVector<Parameter> &parameters, const Fields &fields)
+{
+    QStringList known = {QStringLiteral("request"), QStringLiteral("kind"),
+                         QStringLiteral("times")};
+    for (const Parameter &parameter : parameters)
+        known.append(parameter.name);
+    fields.allowOnly(known);
+    for (const Parameter &parameter : parameters) {
+        if (parameter.optional && !fields.has(parameter.name))
+            continue;
+        if (parameter.type == Parameter::Type::Number)
+            fields.number(parameter.name, parameter.minimum, parameter.maximum);
+        else
+            fields.text(parameter.name);
+    }
 }
 
 [[noreturn]] void refuseUnknown(const QString &what, const QString &value, const QStringList &known)
@@ -106,9 +149,32 @@ const QMap<QString, Kind> &kinds()
                            .arg(what, value, known.join(QStringLiteral(", "))));
 }
 
+QJsonObject faultObject(const Fault &fault)
+{
+    QJsonObject object = fault.description;
+    object.insert(QStringLiteral("id"), fault.id);
+    if (fault.timesLeft > 0)
+        object.insert(QStringLiteral("times"), fault.timesLeft);
+    return object;
+}
+
+QJsonObject parameterObject(const Parameter &parameter)
+{
+    const bool isNumber = parameter.type == Parameter::Type::Number;
+    QJsonObject object{
+        {QStringLiteral("name"), parameter.name},
+        {QStringLiteral("type"), isNumber ? QStringLiteral("number") : QStringLiteral("text")},
+        {QStringLiteral("optional"), parameter.optional}};
+    if (isNumber) {
+        object.insert(QStringLiteral("minimum"), parameter.minimum);
+        object.insert(QStringLiteral("maximum"), parameter.maximum);
+    }
+    return object;
+}
+
 } // namespace
 
-void Faults::add(const QJsonObject &description)
+QJsonObject Faults::add(const QJsonObject &description)
 {
     const QString times = QStringLiteral("times");
     const Fields fields(description);
@@ -121,12 +187,23 @@ void Faults::add(const QJsonObject &description)
     const auto kind = kinds().find(kindName);
     if (kind == kinds().end())
         refuseUnknown(QStringLiteral("kind"), kindName, kinds().keys());
-    fields.allowOnly(kind->fields +
-                     QStringList{QStringLiteral("request"), QStringLiteral("kind"), times});
+    check(kind->parameters, fields);
     if (fields.has(times))
         fault.timesLeft = fields.number(times, 1, std::numeric_limits<int>::max());
-    kind->read(fields, fault);
+    kind->apply(description, fault);
+    fault.id = ++m_lastId;
     m_faults.push_back(fault);
+    return faultObject(fault);
+}
+
+bool Faults::remove(qint64 id)
+{
+    const auto found = std::find_if(m_faults.begin(), m_faults.end(),
+                                    [id](const Fault &fault) { return fault.id == id; });
+    if (found == m_faults.end())
+        return false;
+    m_faults.erase(found);
+    return true;
 }
 
 std::optional<Fault> Faults::take(const QString &requestName)
@@ -145,11 +222,20 @@ std::optional<Fault> Faults::take(const QString &requestName)
 QJsonArray Faults::toJson() const
 {
     QJsonArray array;
-    for (const Fault &fault : m_faults) {
-        QJsonObject object = fault.description;
-        if (fault.timesLeft > 0)
-            object.insert(QStringLiteral("times"), fault.timesLeft);
-        array.append(object);
+    for (const Fault &fault : m_faults)
+        array.append(faultObject(fault));
+    return array;
+}
+
+QJsonArray Faults::kindsToJson()
+{
+    QJsonArray array;
+    for (auto kind = kinds().begin(); kind != kinds().end(); ++kind) {
+        QJsonArray fields;
+        for (const Parameter &parameter : kind->parameters)
+            fields.append(parameterObject(parameter));
+        array.append(
+            QJsonObject{{QStringLiteral("kind"), kind.key()}, {QStringLiteral("fields"), fields}});
     }
     return array;
 }

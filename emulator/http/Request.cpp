@@ -39,6 +39,12 @@ int Request::queryNumber(const QString &key, int fallback, int minimum, int maxi
     return value;
 }
 
+qint64 Request::numberAtEnd() const
+{
+    const bool alone = path.count(QLatin1Char('/')) == 3;
+    return alone ? path.section(QLatin1Char('/'), -1).toLongLong() : 0;
+}
+
 QJsonObject Request::json() const
 {
     QJsonParseError error;

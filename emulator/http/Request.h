@@ -24,6 +24,8 @@ struct Request
     /// A query value that must be a whole number from minimum to maximum; a missing or empty one is
     /// the fallback. Throws Refusal.
     int queryNumber(const QString &key, int fallback, int minimum, int maximum) const;
+    /// The third and last part of the path as a number; 0 when it is not one.
+    qint64 numberAtEnd() const;
     /// The body, which must be a JSON object. Throws Refusal.
     QJsonObject json() const;
 };

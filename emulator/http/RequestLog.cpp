@@ -1,6 +1,9 @@
 #include "http/RequestLog.h"
 
 #include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
+#include <utility>
 
 namespace {
 
@@ -10,36 +13,48 @@ constexpr int maximumKeptBytes = 64 * 1024;
 constexpr int maximumBytes = 4 * 1024 * 1024; // of all, listed in a fraction of a second
 
 // The beginning of a text, as much as is left of an allowance.
-QString taken(const QString &text, int &left)
+template <typename Text>
+Text taken(const Text &text, int &left)
 {
-    QString beginning = text.left(left);
+    Text beginning = text.left(left);
     left -= beginning.size();
     return beginning;
 }
 
-Request shortened(const Request &request)
+QByteArray beginningOf(const QByteArray &body)
 {
-    Request kept = request;
-    kept.body.truncate(maximumKeptBytes);
-    kept.headers.clear();
+    return body.left(maximumKeptBytes);
+}
+
+template <typename Text>
+QVector<QPair<Text, Text>> beginningOf(const QVector<QPair<Text, Text>> &headers)
+{
+    QVector<QPair<Text, Text>> kept;
     int left = maximumHeaderBytes;
-    for (const auto &[name, value] : request.headers) {
+    for (const auto &[name, value] : headers) {
         if (left == 0)
             break;
-        const QString beginning = taken(name, left);
-        kept.headers.append({beginning, taken(value, left)});
+        const Text beginning = taken(name, left);
+        kept.append({beginning, taken(value, left)});
     }
     return kept;
 }
 
-int sizeOf(const Request &request)
+template <typename Headers>
+int sizeOfHeaders(const Headers &headers)
 {
-    int size = request.path.size() + request.body.size();
-    for (auto it = request.query.begin(); it != request.query.end(); ++it)
-        size += it.key().size() + it.value().size();
-    for (const auto &[name, value] : request.headers)
+    int size = 0;
+    for (const auto &[name, value] : headers)
         size += name.size() + value.size();
     return size;
+}
+
+int sizeOf(const RequestLog::Entry &entry)
+{
+    int size = entry.request.path.size() + entry.request.body.size() + entry.answer.body.size();
+    for (auto it = entry.request.query.begin(); it != entry.request.query.end(); ++it)
+        size += it.key().size() + it.value().size();
+    return size + sizeOfHeaders(entry.request.headers) + sizeOfHeaders(entry.answer.headers);
 }
 
 QJsonValue bodyValue(const QByteArray &body)
@@ -54,6 +69,14 @@ QJsonValue bodyValue(const QByteArray &body)
     return QString::fromUtf8(body);
 }
 
+QJsonObject answerObject(const Answer &answer)
+{
+    QJsonObject headers{{QStringLiteral("Content-Type"), QString::fromLatin1(answer.contentType)}};
+    for (const auto &[name, value] : answer.headers)
+        headers.insert(QString::fromLatin1(name), QString::fromUtf8(value));
+    return {{QStringLiteral("headers"), headers}, {QStringLiteral("body"), bodyValue(answer.body)}};
+}
+
 QJsonObject entryObject(const RequestLog::Entry &entry)
 {
     QJsonObject query;
@@ -62,25 +85,38 @@ QJsonObject entryObject(const RequestLog::Entry &entry)
     QJsonObject headers;
     for (const auto &header : entry.request.headers)
         headers.insert(header.first, header.second);
-    return {{QStringLiteral("name"), entry.name},
+    return {{QStringLiteral("id"), entry.id},
+            {QStringLiteral("time"), entry.time},
+            {QStringLiteral("name"), entry.name},
             {QStringLiteral("method"), entry.request.method},
             {QStringLiteral("path"), entry.request.path},
             {QStringLiteral("query"), query},
             {QStringLiteral("headers"), headers},
-            {QStringLiteral("body"), bodyValue(entry.request.body)}};
+            {QStringLiteral("body"), bodyValue(entry.request.body)},
+            {QStringLiteral("httpStatus"), entry.answer.httpStatus},
+            {QStringLiteral("word"), entry.answer.word},
+            {QStringLiteral("durationMs"), entry.durationMs},
+            {QStringLiteral("bytes"), entry.answerBytes},
+            {QStringLiteral("fault"), entry.fault},
+            {QStringLiteral("answer"), answerObject(entry.answer)}};
 }
 
 } // namespace
 
-RequestLog::Entry &RequestLog::add(const Request &request)
+void RequestLog::add(Entry entry)
 {
-    m_entries.push_back({{}, shortened(request)});
-    m_bytes += sizeOf(m_entries.back().request);
+    entry.id = ++m_lastId;
+    entry.answerBytes = entry.answer.body.size();
+    entry.request.body = beginningOf(entry.request.body);
+    entry.request.headers = beginningOf(entry.request.headers);
+    entry.answer.body = beginningOf(entry.answer.body);
+    entry.answer.headers = beginningOf(entry.answer.headers);
+    m_bytes += sizeOf(entry);
+    m_entries.push_back(std::move(entry));
     while (m_entries.size() > maximumEntries || m_bytes > maximumBytes) {
-        m_bytes -= sizeOf(m_entries.front().request);
+        m_bytes -= sizeOf(m_entries.front());
         m_entries.pop_front();
     }
-    return m_entries.back();
 }
 
 void RequestLog::clear()
@@ -89,10 +125,12 @@ void RequestLog::clear()
     m_bytes = 0;
 }
 
-QJsonArray RequestLog::toJson() const
+QJsonArray RequestLog::toJson(qint64 after) const
 {
     QJsonArray array;
-    for (const Entry &entry : m_entries)
-        array.append(entryObject(entry));
+    for (const Entry &entry : m_entries) {
+        if (entry.id > after)
+            array.append(entryObject(entry));
+    }
     return array;
 }

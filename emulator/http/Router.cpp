@@ -21,15 +21,19 @@ void Router::add(const char *method, const char *path,
 const Route &Router::find(const Request &request) const
 {
     QStringList methods;
+    QStringList known;
     for (const Route &route : m_routes) {
+        known.append(route.method + QLatin1Char(' ') + route.path);
         if (!serves(route.path, request.path))
             continue;
         if (route.method == request.method)
             return route;
         methods.append(route.method);
     }
-    if (methods.isEmpty())
-        throw Refusal(404, QStringLiteral("there is nothing at %1").arg(request.path));
+    if (methods.isEmpty()) {
+        throw Refusal(404, QStringLiteral("there is nothing at %1; known are %2")
+                               .arg(request.path, known.join(QStringLiteral(", "))));
+    }
     throw Refusal(405, QStringLiteral("%1 answers %2, not %3")
                            .arg(request.path, methods.join(QStringLiteral(", ")), request.method));
 }

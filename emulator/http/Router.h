@@ -28,7 +28,8 @@ public:
              const char *name = "");
 
     bool isFor(const Request &request) const { return request.path.startsWith(m_prefix); }
-    /// Throws Refusal, 404 or 405, for a request that none of the routes is for.
+    /// Throws Refusal, 404 or 405, for a request that none of the routes is for, with a sentence
+    /// that lists what there is.
     const Route &find(const Request &request) const;
     QStringList names() const;
 

@@ -5,7 +5,6 @@
 #include "services/Denial.h"
 #include "storage/Secrets.h"
 
-#include <QtCore/QDateTime>
 #include <QtCore/QStringList>
 
 namespace {
@@ -38,14 +37,20 @@ void requireLoginType(const Fields &body)
 
 } // namespace
 
-AccountService::AccountService(Store &store, CaptchaService &captchas, CodeService &codes)
+AccountService::AccountService(Store &store, Sessions &sessions, CaptchaService &captchas,
+                               CodeService &codes, const Settings &settings, const Clock &clock)
     : m_store(store)
+    , m_sessions(sessions)
     , m_captchas(captchas)
     , m_codes(codes)
+    , m_settings(settings)
+    , m_clock(clock)
     , m_nobodysHash(hashPassword(newToken()))
 {
 }
 
+// An unknown user costs the same work and gets the same word as a wrong password, so that nobody
+// learns from the answer which accounts exist.
 Answer AccountService::logIn(const Request &request)
 {
     const Fields body(request.json());
@@ -53,11 +58,20 @@ Answer AccountService::logIn(const Request &request)
     const QString password = body.text(QStringLiteral("password"));
     const QString phoneArea = body.text(QStringLiteral("phoneArea"));
     requireLoginType(body);
-    const std::optional<Account> account = authenticate(userName, phoneArea, password);
-    if (!account)
+    std::optional<Account> account = m_store.find(userName, phoneArea);
+    const bool right = matchesPassword(password, account ? account->passwordHash : m_nobodysHash);
+    if (account && m_clock.now() < account->lockedOutUntil)
+        throw Denial(Denial::illegalErr);
+    if (account && !right)
+        countWrongPassword(*account);
+    if (!account || !right)
         throw Denial(Denial::pwdErr);
     if (account->locked)
         throw Denial(Denial::illegalErr);
+    if (account->wrongPasswords > 0) {
+        account->wrongPasswords = 0;
+        m_store.update(*account);
+    }
     return startSession(*account, request);
 }
 
@@ -91,22 +105,26 @@ Answer AccountService::resetPassword(const Request &request)
     const QString userName = body.text(QStringLiteral("username"));
     const QString phoneArea = body.text(QStringLiteral("phoneArea"));
     const QString password = body.text(QStringLiteral("password"));
-    const Account account = findOpen(userName, phoneArea);
+    Account account = findOpen(userName, phoneArea);
     if (password.size() < minimumPasswordLength)
         throw Denial(Denial::pwdTooShort); // the code can still be used
     m_codes.redeem(CodePurpose::newPassword, request.json());
-    m_store.setPassword(account.userId, hashPassword(password));
+    account.setPassword(password);
+    m_store.update(account);
+    m_sessions.endOf(account.userId);
     return okAnswer(QJsonObject());
 }
 
-// An unknown user costs the same work and gets the same word as a wrong password, so that nobody
-// learns from the answer which accounts exist.
-std::optional<Account> AccountService::authenticate(const QString &name, const QString &phoneArea,
-                                                    const QString &password) const
+void AccountService::countWrongPassword(Account &account)
 {
-    const std::optional<Account> account = m_store.find(name, phoneArea);
-    const bool matches = matchesPassword(password, account ? account->passwordHash : m_nobodysHash);
-    return matches ? account : std::nullopt;
+    const int tries = m_settings.lockOutTries();
+    if (tries == 0)
+        return;
+    if (++account.wrongPasswords >= tries) {
+        account.wrongPasswords = 0;
+        account.lockedOutUntil = m_clock.now() + m_settings.lockOutSeconds() * 1000LL;
+    }
+    m_store.update(account);
 }
 
 // The account of a request with a verification code. Unlike a sign-in with a password, it may say
@@ -116,7 +134,7 @@ Account AccountService::findOpen(const QString &name, const QString &phoneArea) 
     const std::optional<Account> account = m_store.find(name, phoneArea);
     if (!account)
         throw Denial(Denial::notExistErr);
-    if (account->locked)
+    if (account->isLockedAt(m_clock.now()))
         throw Denial(Denial::illegalErr);
     return *account;
 }
@@ -125,10 +143,8 @@ Answer AccountService::startSession(const Account &account, const Request &reque
 {
     const bool withPerms = request.queryFlag(QStringLiteral("withPerms"));
     const bool withDentals = request.queryFlag(QStringLiteral("withDentals"));
-    const QString token = newToken();
-    const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
-    m_store.addSession(hashToken(token), account.userId, now, request.remoteAddress);
-    QJsonObject record = accountRecord(*m_store.accountOfSession(hashToken(token)), token);
+    const QString token = m_sessions.start(account.userId, request.remoteAddress);
+    QJsonObject record = accountRecord(*m_store.account(account.userId), token);
     if (!withPerms)
         record.remove(perms);
     if (!withDentals)
@@ -139,7 +155,7 @@ Answer AccountService::startSession(const Account &account, const Request &reque
 Answer AccountService::profile(const Request &request)
 {
     const QString token = request.headerValues(QStringLiteral("X-Auth-Token")).value(0);
-    const std::optional<Account> account = m_store.accountOfSession(hashToken(token));
+    const std::optional<Account> account = m_sessions.accountOf(token);
     const QString userId = request.query.value(QStringLiteral("userID"));
     if (!account || userId != QString::number(account->userId))
         throw Denial(Denial::authErr);

@@ -4,6 +4,9 @@
 #include "http/Request.h"
 #include "services/CaptchaService.h"
 #include "services/CodeService.h"
+#include "storage/Clock.h"
+#include "storage/Sessions.h"
+#include "storage/Settings.h"
 #include "storage/Store.h"
 
 /// Signs in, resets passwords, and answers what a session may ask.
@@ -13,9 +16,12 @@
 class AccountService
 {
 public:
-    AccountService(Store &store, CaptchaService &captchas, CodeService &codes);
+    AccountService(Store &store, Sessions &sessions, CaptchaService &captchas, CodeService &codes,
+                   const Settings &settings, const Clock &clock);
 
     /// userLogin: {"username","password","phoneArea","loginType"}, query withPerms and withDentals.
+    /// As many wrong passwords in a row as are set lock the account out for a while, whatever the
+    /// password is then.
     Answer logIn(const Request &request);
     /// userCodeLogin: {"username","validCode","phoneArea","loginType","captcha","uuid"}, query as
     /// above.
@@ -28,13 +34,15 @@ public:
     Answer profile(const Request &request);
 
 private:
-    std::optional<Account> authenticate(const QString &name, const QString &phoneArea,
-                                        const QString &password) const;
+    void countWrongPassword(Account &account);
     Account findOpen(const QString &name, const QString &phoneArea) const;
     Answer startSession(const Account &account, const Request &request);
 
     Store &m_store;
+    Sessions &m_sessions;
     CaptchaService &m_captchas;
     CodeService &m_codes;
+    const Settings &m_settings;
+    const Clock &m_clock;
     QString m_nobodysHash; ///< checked in place of an unknown user's
 };

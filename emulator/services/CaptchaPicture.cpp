@@ -12,35 +12,49 @@
 
 namespace {
 
-// Strokes on a grid of 5 by 7 points, each a run of points "xy" counted from the top left. There is
-// no 0 beside O, no 1 beside I, no 5 beside S, and so on.
+// Of what looks alike, such as O and 0, at most one.
+const QString clearCharacters = QStringLiteral("234679ACDEFHJKLMNPRTUWXY");
+
+// Strokes on a grid of 5 by 7 points, each a run of points "xy" counted from the top left.
 const QMap<QChar, QString> &glyphs()
 {
     static const QMap<QChar, QString> table = {
+        {QLatin1Char('0'), QStringLiteral("103041453616050110 4105")},
+        {QLatin1Char('1'), QStringLiteral("112026 1636")},
         {QLatin1Char('2'), QStringLiteral("0110304142330646")},
         {QLatin1Char('3'), QStringLiteral("01103041423313 334445361605")},
         {QLatin1Char('4'), QStringLiteral("36300444")},
+        {QLatin1Char('5'), QStringLiteral("400002324345361605")},
         {QLatin1Char('6'), QStringLiteral("413010010516364544331304")},
         {QLatin1Char('7'), QStringLiteral("004016")},
+        {QLatin1Char('8'), QStringLiteral("103041423313020110 1304051636454433")},
         {QLatin1Char('9'), QStringLiteral("051636454130100102133342")},
         {QLatin1Char('A'), QStringLiteral("062046 1434")},
+        {QLatin1Char('B'), QStringLiteral("0006 0030414233 033344453606")},
         {QLatin1Char('C'), QStringLiteral("4130100105163645")},
         {QLatin1Char('D'), QStringLiteral("00304145360600")},
         {QLatin1Char('E'), QStringLiteral("40000646 0333")},
         {QLatin1Char('F'), QStringLiteral("400006 0333")},
+        {QLatin1Char('G'), QStringLiteral("41301001051636454323")},
         {QLatin1Char('H'), QStringLiteral("0006 4046 0343")},
+        {QLatin1Char('I'), QStringLiteral("1030 2026 1636")},
         {QLatin1Char('J'), QStringLiteral("4045361605")},
         {QLatin1Char('K'), QStringLiteral("0006 400346")},
         {QLatin1Char('L'), QStringLiteral("000646")},
         {QLatin1Char('M'), QStringLiteral("0600234046")},
         {QLatin1Char('N'), QStringLiteral("06004640")},
+        {QLatin1Char('O'), QStringLiteral("103041453616050110")},
         {QLatin1Char('P'), QStringLiteral("06003041423303")},
+        {QLatin1Char('Q'), QStringLiteral("103041453616050110 2446")},
         {QLatin1Char('R'), QStringLiteral("06003041423303 2346")},
+        {QLatin1Char('S'), QStringLiteral("413010010213334445361605")},
         {QLatin1Char('T'), QStringLiteral("0040 2026")},
         {QLatin1Char('U'), QStringLiteral("000516364540")},
+        {QLatin1Char('V'), QStringLiteral("002640")},
         {QLatin1Char('W'), QStringLiteral("0016233640")},
         {QLatin1Char('X'), QStringLiteral("0046 4006")},
         {QLatin1Char('Y'), QStringLiteral("002340 2326")},
+        {QLatin1Char('Z'), QStringLiteral("00400646")},
     };
     return table;
 }
@@ -64,7 +78,7 @@ QColor randomInk()
 QPainterPath glyphPath(QChar character)
 {
     QPainterPath path;
-    const QStringList strokes = glyphs().value(character).split(QLatin1Char(' '));
+    const QStringList strokes = glyphs().value(character.toUpper()).split(QLatin1Char(' '));
     for (const QString &stroke : strokes) {
         for (int i = 0; i + 1 < stroke.size(); i += 2) {
             const QPointF point(stroke.at(i).digitValue() - 2, stroke.at(i + 1).digitValue() - 3);
@@ -115,10 +129,9 @@ void drawNoise(QPainter &painter, const QSizeF &area)
 
 QString randomCaptchaText(int length)
 {
-    const QList<QChar> characters = glyphs().keys();
     QString text;
     for (int i = 0; i < length; ++i)
-        text += characters.at(QRandomGenerator::system()->bounded(characters.size()));
+        text += clearCharacters.at(QRandomGenerator::system()->bounded(clearCharacters.size()));
     return text;
 }
 

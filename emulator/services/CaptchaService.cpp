@@ -4,7 +4,7 @@
 #include "services/CaptchaPicture.h"
 #include "services/Denial.h"
 
-#include <QtCore/QDateTime>
+#include <QtCore/QJsonArray>
 
 namespace {
 
@@ -21,7 +21,23 @@ QString idAtEndOf(const QString &path)
     return id;
 }
 
+QString stateOf(const Captcha &captcha, qint64 now)
+{
+    constexpr int allUses = static_cast<int>(CaptchaUse::ExistenceCheck) |
+                            static_cast<int>(CaptchaUse::VerificationCode);
+    if (captcha.uses == allUses)
+        return QStringLiteral("spent");
+    return now < captcha.expiresAt ? QStringLiteral("valid") : QStringLiteral("expired");
+}
+
 } // namespace
+
+CaptchaService::CaptchaService(Challenges &challenges, const Settings &settings, const Clock &clock)
+    : m_challenges(challenges)
+    , m_settings(settings)
+    , m_clock(clock)
+{
+}
 
 Answer CaptchaService::draw(const Request &request)
 {
@@ -29,15 +45,19 @@ Answer CaptchaService::draw(const Request &request)
     const int width = request.queryNumber(QStringLiteral("w"), 120, 40, 1000);
     const int height = request.queryNumber(QStringLiteral("h"), 40, 20, 500);
     const int length = request.queryNumber(QStringLiteral("l"), 4, 1, 8);
-    const int seconds = request.queryNumber(QStringLiteral("e"), 300, 0, 24 * 60 * 60);
+    const int wanted = request.queryNumber(QStringLiteral("e"), 300, 0, 24 * 60 * 60);
+    const int set = m_settings.captchaLifetimeSeconds();
+    const int seconds = set >= 0 ? set : wanted;
 
-    const qint64 now = QDateTime::currentMSecsSinceEpoch();
-    const QString answer = randomCaptchaText(length);
+    const qint64 now = m_clock.now();
+    const QString fixed = m_settings.fixedCaptcha();
+    const QString answer = fixed.isEmpty() ? randomCaptchaText(length) : fixed;
+    const QString picture = QString::fromLatin1(captchaPicture(answer, width, height).toBase64());
     // For a while an expired captcha can still be told from one that never was.
     m_challenges.removeCaptchasExpiredBefore(now - hourMs);
-    m_challenges.put(
-        {id, request.query.value(QStringLiteral("p")), answer, now + seconds * 1000LL, 0});
-    return okAnswer(QString::fromLatin1(captchaPicture(answer, width, height).toBase64()));
+    m_challenges.put({id, request.query.value(QStringLiteral("p")), answer, now + seconds * 1000LL,
+                      0, now, picture});
+    return okAnswer(picture);
 }
 
 Answer CaptchaService::show(const Request &request) const
@@ -46,10 +66,26 @@ Answer CaptchaService::show(const Request &request) const
     const std::optional<Captcha> captcha = m_challenges.captcha(id);
     if (!captcha)
         throw Refusal(404, QStringLiteral("there is no captcha %1, or no longer").arg(id));
-    const QDateTime expires = QDateTime::fromMSecsSinceEpoch(captcha->expiresAt, Qt::UTC);
     return okAnswer(QJsonObject{{QStringLiteral("answer"), captcha->answer},
                                 {QStringLiteral("purpose"), captcha->purpose},
-                                {QStringLiteral("expires"), expires.toString(Qt::ISODateWithMs)}});
+                                {QStringLiteral("expires"), Clock::text(captcha->expiresAt)}});
+}
+
+Answer CaptchaService::list() const
+{
+    const qint64 now = m_clock.now();
+    QJsonArray list;
+    const QVector<Captcha> captchas = m_challenges.captchas();
+    for (const Captcha &captcha : captchas) {
+        list.append(QJsonObject{{QStringLiteral("id"), captcha.id},
+                                {QStringLiteral("purpose"), captcha.purpose},
+                                {QStringLiteral("answer"), captcha.answer},
+                                {QStringLiteral("time"), Clock::text(captcha.drawnAt)},
+                                {QStringLiteral("expires"), Clock::text(captcha.expiresAt)},
+                                {QStringLiteral("state"), stateOf(captcha, now)},
+                                {QStringLiteral("picture"), captcha.picture}});
+    }
+    return okAnswer(list);
 }
 
 void CaptchaService::use(const CaptchaLink &link, const QString &answer, CaptchaUse use)
@@ -58,12 +94,12 @@ void CaptchaService::use(const CaptchaLink &link, const QString &answer, Captcha
     std::optional<Captcha> captcha = m_challenges.captcha(link.captchaId);
     if (!captcha || captcha->purpose != link.purpose || (captcha->uses & useBit) != 0)
         throw Denial(Denial::captchaErr);
-    if (QDateTime::currentMSecsSinceEpoch() >= captcha->expiresAt)
+    if (m_clock.now() >= captcha->expiresAt)
         throw Denial(Denial::captchaExpired);
     if (answer.compare(captcha->answer, Qt::CaseInsensitive) != 0) {
         m_challenges.removeCaptcha(captcha->id);
         throw Denial(Denial::captchaErr);
     }
     captcha->uses |= useBit;
-    m_challenges.put(*captcha);
+    m_challenges.setCaptchaUses(captcha->id, captcha->uses);
 }

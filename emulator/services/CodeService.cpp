@@ -4,7 +4,6 @@
 #include "services/Contact.h"
 #include "services/Denial.h"
 
-#include <QtCore/QDateTime>
 #include <QtCore/QJsonArray>
 #include <QtCore/QRandomGenerator>
 
@@ -21,9 +20,35 @@ bool belongsToContact(const QString &purpose)
     return purpose == CodePurpose::registration || purpose == CodePurpose::information;
 }
 
-QString timeText(qint64 time)
+QString stateOf(const VerificationCode &verificationCode, qint64 now)
 {
-    return QDateTime::fromMSecsSinceEpoch(time, Qt::UTC).toString(Qt::ISODateWithMs);
+    if (verificationCode.spent)
+        return QStringLiteral("spent");
+    if (verificationCode.replaced)
+        return QStringLiteral("replaced");
+    if (now >= verificationCode.expiresAt)
+        return QStringLiteral("expired");
+    return verificationCode.wrongTries < maximumWrongTries ? QStringLiteral("valid")
+                                                           : QStringLiteral("tooManyTries");
+}
+
+QJsonObject message(const VerificationCode &verificationCode, qint64 now)
+{
+    return {{QStringLiteral("id"), verificationCode.id},
+            {QStringLiteral("username"), verificationCode.userName},
+            {QStringLiteral("phoneArea"), verificationCode.phoneArea},
+            {QStringLiteral("purpose"), verificationCode.purpose},
+            {QStringLiteral("code"), verificationCode.digits},
+            {QStringLiteral("lang"), verificationCode.language},
+            {QStringLiteral("time"), Clock::text(verificationCode.sentAt)},
+            {QStringLiteral("expires"), Clock::text(verificationCode.expiresAt)},
+            {QStringLiteral("state"), stateOf(verificationCode, now)}};
+}
+
+QString randomDigits()
+{
+    return QStringLiteral("%1").arg(QRandomGenerator::system()->bounded(1000000), 6, 10,
+                                    QLatin1Char('0'));
 }
 
 void requireKnownPurpose(const QString &purpose)
@@ -41,11 +66,12 @@ void requireKnownPurpose(const QString &purpose)
 } // namespace
 
 CodeService::CodeService(Store &store, Challenges &challenges, CaptchaService &captchas,
-                         const Settings &settings)
+                         const Settings &settings, const Clock &clock)
     : m_store(store)
     , m_challenges(challenges)
     , m_captchas(captchas)
     , m_settings(settings)
+    , m_clock(clock)
 {
 }
 
@@ -81,7 +107,7 @@ Answer CodeService::send(const Request &request)
 void CodeService::requireSendable(const std::optional<Account> &account,
                                   const QString &purpose) const
 {
-    if (account && account->locked)
+    if (account && account->isLockedAt(m_clock.now()))
         throw Denial(Denial::illegalErr);
     if (account && purpose == CodePurpose::registration)
         throw Denial(Denial::existErr);
@@ -103,14 +129,14 @@ VerificationCode CodeService::newCode(const QJsonObject &body, const CaptchaLink
     const Fields fields(body);
     VerificationCode verificationCode;
     verificationCode.purpose = link.purpose;
-    verificationCode.digits = QStringLiteral("%1").arg(QRandomGenerator::system()->bounded(1000000),
-                                                       6, 10, QLatin1Char('0'));
+    const QString fixed = m_settings.fixedCode();
+    verificationCode.digits = fixed.isEmpty() ? randomDigits() : fixed;
     verificationCode.captchaId = link.captchaId;
     verificationCode.captcha = fields.text(QStringLiteral("captcha"));
     verificationCode.userName = fields.text(QStringLiteral("username"));
     verificationCode.phoneArea = fields.text(QStringLiteral("phoneArea"));
     verificationCode.language = fields.text(QStringLiteral("lang"));
-    verificationCode.sentAt = QDateTime::currentMSecsSinceEpoch();
+    verificationCode.sentAt = m_clock.now();
     verificationCode.expiresAt =
         verificationCode.sentAt + m_settings.codeLifetimeSeconds() * 1000LL;
     return verificationCode;
@@ -123,15 +149,8 @@ Answer CodeService::inbox(const Request &request) const
     const int waitMs = request.queryNumber(QStringLiteral("wait"), 0, 0, 10 * 60 * 1000);
     QJsonArray messages;
     const QVector<VerificationCode> codes = m_challenges.codesAfter(after);
-    for (const VerificationCode &verificationCode : codes) {
-        messages.append(QJsonObject{{QStringLiteral("id"), verificationCode.id},
-                                    {QStringLiteral("username"), verificationCode.userName},
-                                    {QStringLiteral("phoneArea"), verificationCode.phoneArea},
-                                    {QStringLiteral("purpose"), verificationCode.purpose},
-                                    {QStringLiteral("code"), verificationCode.digits},
-                                    {QStringLiteral("lang"), verificationCode.language},
-                                    {QStringLiteral("time"), timeText(verificationCode.sentAt)}});
-    }
+    for (const VerificationCode &verificationCode : codes)
+        messages.append(message(verificationCode, m_clock.now()));
     Answer answer = okAnswer(messages);
     if (messages.isEmpty())
         answer.longPoll = std::chrono::milliseconds(waitMs);
@@ -154,8 +173,7 @@ void CodeService::redeem(const QString &purpose, const QJsonObject &body)
         captcha.compare(verificationCode->captcha, Qt::CaseInsensitive) != 0) {
         throw Denial(Denial::captchaErr);
     }
-    if (verificationCode->spent ||
-        QDateTime::currentMSecsSinceEpoch() >= verificationCode->expiresAt)
+    if (verificationCode->spent || m_clock.now() >= verificationCode->expiresAt)
         throw Denial(Denial::codeExpired);
     if (verificationCode->wrongTries >= maximumWrongTries)
         throw Denial(Denial::tooManyTries);

@@ -6,6 +6,7 @@
 #include "services/CaptchaLink.h"
 #include "services/CaptchaService.h"
 #include "storage/Challenges.h"
+#include "storage/Clock.h"
 #include "storage/Settings.h"
 #include "storage/Store.h"
 
@@ -26,13 +27,14 @@ class CodeService
 {
 public:
     CodeService(Store &store, Challenges &challenges, CaptchaService &captchas,
-                const Settings &settings);
+                const Settings &settings, const Clock &clock);
 
     /// userInfoValid: {"captcha","username","uuid","lang","phoneArea","source"}; answers
     /// {"expire": lifetime of the code in seconds}.
     Answer send(const Request &request);
-    /// The codes sent, for the developer, the oldest first; query after: only those after this
-    /// number, wait: milliseconds to wait for one.
+    /// The codes sent, for the developer, the oldest first, with their states ("valid", "spent",
+    /// "replaced", "expired", "tooManyTries"); query after: only those after this number, wait:
+    /// milliseconds to wait for one.
     Answer inbox(const Request &request) const;
 
     /// Spends the latest code of body.username in body.phoneArea for this purpose. Throws Denial
@@ -49,4 +51,5 @@ private:
     Challenges &m_challenges;
     CaptchaService &m_captchas;
     const Settings &m_settings;
+    const Clock &m_clock;
 };

@@ -124,6 +124,6 @@ Answer CountryService::setCurrent(const Request &request)
         throw Refusal(400, QStringLiteral("field \"code\" must be the code of a country, two"
                                           " capital letters like DE"));
     }
-    m_settings.setCountry(countryCode);
+    m_settings.change({{QStringLiteral("country"), countryCode}});
     return okAnswer({});
 }

@@ -23,10 +23,10 @@ public:
     /// {"code"}: from now on callers are in this country. For the developer.
     Answer setCurrent(const Request &request);
 
-private:
-    using Countries = QMap<QString, QJsonObject>; ///< by two-letter code
+    using Countries = QMap<QString, QJsonObject>; ///< as listed, by two-letter code
     const Countries &countries();
 
+private:
     Settings &m_settings;
     Countries m_countries;
 };

@@ -27,7 +27,7 @@ Account newAccount(const Contact &contact, const QString &password)
     account.userName = contact.isPhone()
                            ? QStringLiteral("+%1 %2").arg(contact.phoneArea, contact.name)
                            : contact.name;
-    account.passwordHash = hashPassword(password);
+    account.setPassword(password);
     account.note = QStringLiteral("registered");
     setContact(account, contact);
     return account;
@@ -74,7 +74,7 @@ Answer RegistrationService::supplyInfo(const Request &request)
     const std::optional<Contact> contact =
         namesContact(body) ? std::make_optional(Contact::read(body)) : std::nullopt;
     const QString token = request.headerValues(QStringLiteral("X-Auth-Token")).value(0);
-    std::optional<Account> account = m_store.accountOfSession(hashToken(token));
+    std::optional<Account> account = m_sessions.accountOf(token);
     if (!account)
         throw Denial(Denial::authErr);
     if (contact) {

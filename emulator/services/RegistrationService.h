@@ -3,6 +3,7 @@
 #include "http/Answer.h"
 #include "http/Request.h"
 #include "services/CodeService.h"
+#include "storage/Sessions.h"
 #include "storage/Store.h"
 
 /// Creates accounts and adds information to them.
@@ -13,7 +14,12 @@
 class RegistrationService
 {
 public:
-    RegistrationService(Store &store, CodeService &codes) : m_store(store), m_codes(codes) {}
+    RegistrationService(Store &store, const Sessions &sessions, CodeService &codes)
+        : m_store(store)
+        , m_sessions(sessions)
+        , m_codes(codes)
+    {
+    }
 
     /// registerUser: {"username","phoneArea","captcha","uuid","validCode","password"}; answers
     /// {"user_id"}.
@@ -24,5 +30,6 @@ public:
 
 private:
     Store &m_store;
+    const Sessions &m_sessions;
     CodeService &m_codes;
 };

@@ -3,8 +3,12 @@
 namespace {
 
 constexpr int maximumCodes = 1000;
+constexpr int maximumCaptchas = 1000;
 
-const QString selectCode = QStringLiteral("SELECT * FROM code ");
+const QString selectCode =
+    QStringLiteral("SELECT *, EXISTS (SELECT 1 FROM code AS later WHERE later.owner = code.owner"
+                   " AND later.purpose = code.purpose AND later.id > code.id) AS replaced"
+                   " FROM code ");
 
 VerificationCode readCode(const QSqlQuery &row)
 {
@@ -22,16 +26,32 @@ VerificationCode readCode(const QSqlQuery &row)
     read.expiresAt = row.value(QStringLiteral("expires_at")).toLongLong();
     read.wrongTries = row.value(QStringLiteral("wrong_tries")).toInt();
     read.spent = row.value(QStringLiteral("spent")).toBool();
+    read.replaced = row.value(QStringLiteral("replaced")).toBool();
     return read;
+}
+
+Captcha readCaptcha(const QSqlQuery &row)
+{
+    Captcha captcha;
+    captcha.id = textOf(row, "id");
+    captcha.purpose = textOf(row, "purpose");
+    captcha.answer = textOf(row, "answer");
+    captcha.expiresAt = row.value(QStringLiteral("expires_at")).toLongLong();
+    captcha.uses = row.value(QStringLiteral("uses")).toInt();
+    captcha.drawnAt = row.value(QStringLiteral("drawn_at")).toLongLong();
+    captcha.picture = textOf(row, "picture");
+    return captcha;
 }
 
 } // namespace
 
 QStringList Challenges::schema()
 {
-    return {QStringLiteral("CREATE TABLE captcha (id TEXT PRIMARY KEY, purpose TEXT NOT NULL,"
+    return {QStringLiteral("CREATE TABLE captcha (number INTEGER PRIMARY KEY AUTOINCREMENT,"
+                           " id TEXT NOT NULL UNIQUE, purpose TEXT NOT NULL,"
                            " answer TEXT NOT NULL, expires_at INTEGER NOT NULL,"
-                           " uses INTEGER NOT NULL)"),
+                           " uses INTEGER NOT NULL, drawn_at INTEGER NOT NULL,"
+                           " picture TEXT NOT NULL)"),
             QStringLiteral("CREATE TABLE code (id INTEGER PRIMARY KEY AUTOINCREMENT,"
                            " owner TEXT NOT NULL, purpose TEXT NOT NULL, code TEXT NOT NULL,"
                            " user_name TEXT NOT NULL, phone_area TEXT NOT NULL,"
@@ -44,9 +64,18 @@ QStringList Challenges::schema()
 
 void Challenges::put(const Captcha &captcha)
 {
-    m_database.run(QStringLiteral("INSERT OR REPLACE INTO captcha (id, purpose, answer, expires_at,"
-                                  " uses) VALUES (?,?,?,?,?)"),
-                   {captcha.id, captcha.purpose, captcha.answer, captcha.expiresAt, captcha.uses});
+    QSqlQuery added = m_database.run(
+        QStringLiteral("INSERT OR REPLACE INTO captcha (id, purpose, answer, expires_at, uses,"
+                       " drawn_at, picture) VALUES (?,?,?,?,?,?,?)"),
+        {captcha.id, captcha.purpose, captcha.answer, captcha.expiresAt, captcha.uses,
+         captcha.drawnAt, captcha.picture});
+    m_database.run(QStringLiteral("DELETE FROM captcha WHERE number <= ?"),
+                   {added.lastInsertId().toLongLong() - maximumCaptchas});
+}
+
+void Challenges::setCaptchaUses(const QString &id, int uses)
+{
+    m_database.run(QStringLiteral("UPDATE captcha SET uses = ? WHERE id = ?"), {uses, id});
 }
 
 std::optional<Captcha> Challenges::captcha(const QString &id) const
@@ -54,13 +83,17 @@ std::optional<Captcha> Challenges::captcha(const QString &id) const
     QSqlQuery row = m_database.run(QStringLiteral("SELECT * FROM captcha WHERE id = ?"), {id});
     if (!row.next())
         return std::nullopt;
-    Captcha captcha;
-    captcha.id = textOf(row, "id");
-    captcha.purpose = textOf(row, "purpose");
-    captcha.answer = textOf(row, "answer");
-    captcha.expiresAt = row.value(QStringLiteral("expires_at")).toLongLong();
-    captcha.uses = row.value(QStringLiteral("uses")).toInt();
-    return captcha;
+    return readCaptcha(row);
+}
+
+QVector<Captcha> Challenges::captchas() const
+{
+    QVector<Captcha> captchas;
+    QSqlQuery row =
+        m_database.run(QStringLiteral("SELECT * FROM captcha ORDER BY number DESC LIMIT 100"));
+    while (row.next())
+        captchas.append(readCaptcha(row));
+    return captchas;
 }
 
 void Challenges::removeCaptcha(const QString &id)

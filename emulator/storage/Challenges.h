@@ -15,6 +15,8 @@ struct Captcha
     QString answer;
     qint64 expiresAt = 0;
     int uses = 0; ///< for which requests it has been answered: bits of CaptchaUse
+    qint64 drawnAt = 0;
+    QString picture; ///< PNG in base64
 };
 
 /// A verification code that has been sent. Times are milliseconds since 1970.
@@ -33,6 +35,7 @@ struct VerificationCode
     qint64 expiresAt = 0;
     int wrongTries = 0;
     bool spent = false;
+    bool replaced = false; ///< there is a later one of this owner and purpose
 };
 
 /// Captchas and verification codes in the data file.
@@ -46,8 +49,11 @@ public:
 
     static QStringList schema();
 
-    /// Takes the place of a captcha with the same identifier.
+    /// Adds a captcha, in the place of one with the same identifier, and drops the oldest over
+    /// 1000.
     void put(const Captcha &captcha);
+    void setCaptchaUses(const QString &id, int uses);
+    QVector<Captcha> captchas() const; ///< the newest first, at most 100
     std::optional<Captcha> captcha(const QString &id) const;
     void removeCaptcha(const QString &id);
     void removeCaptchasExpiredBefore(qint64 time);

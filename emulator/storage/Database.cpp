@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int schemaVersion = 2;
+constexpr int schemaVersion = 3;
 const QString inMemory = QStringLiteral(":memory:");
 
 // A null QString would be stored as NULL.

@@ -2,6 +2,7 @@
 
 #include <QtCore/QCryptographicHash>
 #include <QtCore/QRandomGenerator>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 #include <QtNetwork/QPasswordDigestor>
 
@@ -45,6 +46,13 @@ QString hashPassword(const QString &password)
     return QStringLiteral("pbkdf2-sha256$%1$%2$%3")
         .arg(QString::number(iterationsOfNewHashes), QString::fromLatin1(salt.toBase64()),
              QString::fromLatin1(derive(password, salt, iterationsOfNewHashes).toBase64()));
+}
+
+bool isPasswordHash(const QString &text)
+{
+    static const QRegularExpression form(QStringLiteral(
+        "^pbkdf2-sha256\\$[1-9][0-9]{0,5}\\$[A-Za-z0-9+/]{2,}={0,2}\\$[A-Za-z0-9+/]{43}=\\z"));
+    return form.match(text).hasMatch();
 }
 
 bool matchesPassword(const QString &password, const QString &hash)

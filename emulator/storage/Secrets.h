@@ -15,5 +15,8 @@ constexpr int minimumPasswordLength = 6;
 /// "pbkdf2-sha256$iterations$salt$hash" (RFC 8018), salt and hash in base64.
 QString hashPassword(const QString &password);
 
+/// Whether the text has that form, and no more iterations than are checked in a moment.
+bool isPasswordHash(const QString &text);
+
 /// Whether the password is the one that was hashed. Takes the same time whatever the password is.
 bool matchesPassword(const QString &password, const QString &hash);

@@ -5,16 +5,16 @@
 #include <QtCore/QJsonObject>
 
 #include <stdexcept>
-#include <vector>
 
 /// The seed cannot be used; what() says in UTF-8 which account and field is wrong.
 class SeedError : public std::runtime_error
 {
 public:
-    using std::runtime_error::runtime_error;
+    explicit SeedError(const QString &message) : std::runtime_error(message.toStdString()) {}
 };
 
-/// The accounts that a new store starts with, read from JSON: {"accounts":[{...},...]}.
+/// What a new store starts with, read from JSON: {"accounts":[{...},...],"settings":{...}}, of
+/// which the settings may be missing.
 ///
 /// emulator/README.md lists the fields. Values are checked when the seed is read, and no two
 /// accounts may answer to the same name.
@@ -23,19 +23,19 @@ class Seed
 public:
     /// Reads a file; an empty path stands for the built-in seed. Throws SeedError.
     explicit Seed(const QString &path);
+    /// Throws SeedError.
+    explicit Seed(const QJsonObject &object) { read(object); }
 
-    /// The accounts with freshly hashed passwords.
-    Store::Accounts accounts() const;
+    const Store::Contents &contents() const { return m_contents; }
+
+    /// The seed that gives a store with these contents.
+    static QJsonObject of(const Store::Contents &contents);
 
 private:
-    struct Entry
-    {
-        Account account;
-        QString password;
-    };
-
-    static Entry readEntry(const QJsonObject &object);
+    void read(const QJsonObject &object);
+    void readAccount(const QJsonValue &value);
     void requireDistinctNames() const;
+    void markBuiltIn(const QJsonObject &object);
 
-    std::vector<Entry> m_entries;
+    Store::Contents m_contents;
 };

@@ -1,6 +1,8 @@
 #include "storage/Store.h"
 
 #include "storage/Challenges.h"
+#include "storage/Secrets.h"
+#include "storage/Sessions.h"
 #include "storage/Settings.h"
 
 #include <QtCore/QJsonArray>
@@ -10,27 +12,32 @@
 
 namespace {
 
+// Numbers begin with 10001, and that of a removed account does not come back: codes may still name
+// it.
+const QString firstNumber = QStringLiteral("UPDATE sqlite_sequence SET seq = 10000"
+                                           " WHERE name = 'account'");
+
 QStringList schema()
 {
     return QStringList{
                QStringLiteral(
-                   "CREATE TABLE account (user_id INTEGER PRIMARY KEY,"
+                   "CREATE TABLE account (user_id INTEGER PRIMARY KEY AUTOINCREMENT,"
                    " user_name TEXT NOT NULL, password TEXT NOT NULL, email TEXT NOT NULL,"
                    " phone TEXT NOT NULL, phone_area TEXT NOT NULL, locked INTEGER NOT NULL,"
+                   " built_in INTEGER NOT NULL, public_password TEXT NOT NULL,"
                    " note TEXT NOT NULL, profile TEXT NOT NULL,"
+                   " wrong_passwords INTEGER NOT NULL, locked_out_until INTEGER NOT NULL,"
                    " login_at TEXT NOT NULL DEFAULT '', login_ip TEXT NOT NULL DEFAULT '',"
                    " previous_login_at TEXT NOT NULL DEFAULT '',"
                    " previous_login_ip TEXT NOT NULL DEFAULT '')"),
+               QStringLiteral("INSERT INTO sqlite_sequence (name, seq) VALUES ('account', 10000)"),
                QStringLiteral("CREATE UNIQUE INDEX account_name ON account (user_name)"),
                QStringLiteral("CREATE INDEX account_email ON account (email)"),
-               QStringLiteral("CREATE INDEX account_phone ON account (phone, phone_area)"),
-               QStringLiteral("CREATE TABLE session (token_hash TEXT PRIMARY KEY,"
-                              " user_id INTEGER NOT NULL)"),
-               QStringLiteral("CREATE INDEX session_user ON session (user_id)")} +
-           Challenges::schema() + Settings::schema();
+               QStringLiteral("CREATE INDEX account_phone ON account (phone, phone_area)")} +
+           Sessions::schema() + Challenges::schema() + Settings::schema();
 }
 
-const QString selectAccount = QStringLiteral("SELECT account.* FROM account ");
+const QString selectAccount = QStringLiteral("SELECT * FROM account ");
 
 Account readAccount(const QSqlQuery &row)
 {
@@ -42,8 +49,14 @@ Account readAccount(const QSqlQuery &row)
     account.phone = textOf(row, "phone");
     account.phoneArea = textOf(row, "phone_area");
     account.locked = row.value(QStringLiteral("locked")).toBool();
+    account.builtIn = row.value(QStringLiteral("built_in")).toBool();
+    account.publicPassword = textOf(row, "public_password");
     account.note = textOf(row, "note");
     account.profile = QJsonDocument::fromJson(textOf(row, "profile").toUtf8()).object();
+    account.wrongPasswords = row.value(QStringLiteral("wrong_passwords")).toInt();
+    account.lockedOutUntil = row.value(QStringLiteral("locked_out_until")).toLongLong();
+    account.loginAt = textOf(row, "login_at");
+    account.loginIp = textOf(row, "login_ip");
     account.previousLoginAt = textOf(row, "previous_login_at");
     account.previousLoginIp = textOf(row, "previous_login_ip");
     return account;
@@ -61,22 +74,31 @@ QString profileText(const Account &account)
     return QString::fromUtf8(QJsonDocument(account.profile).toJson(QJsonDocument::Compact));
 }
 
-qint64 insertAccount(const Database &database, const Account &account)
+// In the order of the columns in the statements below.
+QVariantList valuesOf(const Account &account)
 {
-    QSqlQuery added = database.run(
-        QStringLiteral("INSERT INTO account (user_id, user_name, password, email, phone,"
-                       " phone_area, locked, note, profile)"
-                       " VALUES ((SELECT COALESCE(MAX(user_id), 10000) + 1 FROM account),"
-                       "?,?,?,?,?,?,?,?)"),
-        {account.userName, account.passwordHash, account.email, account.phone, account.phoneArea,
-         account.locked, account.note, profileText(account)});
-    return added.lastInsertId().toLongLong();
+    return {account.userName,     account.passwordHash,   account.email,
+            account.phone,        account.phoneArea,      account.locked,
+            account.builtIn,      account.publicPassword, account.note,
+            profileText(account), account.wrongPasswords, account.lockedOutUntil};
 }
 
-void insertAccounts(const Database &database, const Store::Accounts &accounts)
+qint64 insertAccount(const Database &database, const Account &account)
 {
-    for (const Account &account : accounts)
+    return database
+        .run(QStringLiteral("INSERT INTO account (user_name, password, email, phone, phone_area,"
+                            " locked, built_in, public_password, note, profile, wrong_passwords,"
+                            " locked_out_until) VALUES (?,?,?,?,?,?,?,?,?,?,?,?)"),
+             valuesOf(account))
+        .lastInsertId()
+        .toLongLong();
+}
+
+void fill(const Database &database, const Store::Contents &contents)
+{
+    for (const Account &account : contents.accounts)
         insertAccount(database, account);
+    Settings(database).change(contents.settings);
 }
 
 } // namespace
@@ -91,13 +113,18 @@ QJsonObject emptyProfile()
     return profile;
 }
 
-Store::Store(const QString &path, const std::function<Accounts()> &firstAccounts)
-    : m_database(path, schema(),
-                 [&](const Database &created) { insertAccounts(created, firstAccounts()); })
+void Account::setPassword(const QString &password)
+{
+    passwordHash = hashPassword(password);
+    publicPassword.clear();
+}
+
+Store::Store(const QString &path, const std::function<Contents()> &firstContents)
+    : m_database(path, schema(), [&](const Database &created) { fill(created, firstContents()); })
 {
 }
 
-void Store::reset(const Accounts &accounts)
+void Store::reset(const Contents &contents)
 {
     QStringList tables;
     QSqlQuery names = m_database.run(QStringLiteral(
@@ -106,7 +133,8 @@ void Store::reset(const Accounts &accounts)
         tables.append(textOf(names, "name"));
     for (const QString &table : qAsConst(tables))
         m_database.run(QStringLiteral("DELETE FROM ") + table);
-    insertAccounts(m_database, accounts);
+    m_database.run(firstNumber);
+    fill(m_database, contents);
 }
 
 Store::Accounts Store::accounts() const
@@ -116,6 +144,11 @@ Store::Accounts Store::accounts() const
     while (query.next())
         accounts.push_back(readAccount(query));
     return accounts;
+}
+
+std::optional<Account> Store::account(qint64 userId) const
+{
+    return readOne(m_database.run(selectAccount + QStringLiteral("WHERE user_id = ?"), {userId}));
 }
 
 std::optional<Account> Store::find(const QString &name, const QString &phoneArea) const
@@ -128,12 +161,17 @@ std::optional<Account> Store::find(const QString &name, const QString &phoneArea
                                         {name, name, name, phoneArea}));
 }
 
-std::optional<Account> Store::accountOfSession(const QString &tokenHash) const
+QString Store::sharedName(const Account &account) const
 {
-    return readOne(m_database.run(
-        selectAccount + QStringLiteral("JOIN session ON session.user_id = account.user_id"
-                                       " WHERE token_hash = ?"),
-        {tokenHash}));
+    for (const QString &name : {account.userName, account.email, account.phone}) {
+        QSqlQuery other = m_database.run(
+            selectAccount + QStringLiteral("WHERE user_id <> ? AND (user_name = ? OR email = ?"
+                                           " OR (phone = ? AND phone_area = ?))"),
+            {account.userId, name, name, name, account.phoneArea});
+        if (!name.isEmpty() && other.next())
+            return name;
+    }
+    return {};
 }
 
 qint64 Store::add(const Account &account)
@@ -143,17 +181,15 @@ qint64 Store::add(const Account &account)
 
 void Store::update(const Account &account)
 {
-    m_database.run(
-        QStringLiteral("UPDATE account SET email = ?, phone = ?, phone_area = ?,"
-                       " profile = ? WHERE user_id = ?"),
-        {account.email, account.phone, account.phoneArea, profileText(account), account.userId});
+    m_database.run(QStringLiteral("UPDATE account SET user_name = ?, password = ?, email = ?,"
+                                  " phone = ?, phone_area = ?, locked = ?, built_in = ?,"
+                                  " public_password = ?, note = ?, profile = ?,"
+                                  " wrong_passwords = ?, locked_out_until = ? WHERE user_id = ?"),
+                   valuesOf(account) << account.userId);
 }
 
-void Store::addSession(const QString &tokenHash, qint64 userId, const QString &at,
-                       const QString &ip)
+void Store::noteLogin(qint64 userId, const QString &at, const QString &ip)
 {
-    m_database.run(QStringLiteral("INSERT INTO session (token_hash, user_id) VALUES (?,?)"),
-                   {tokenHash, userId});
     m_database.run(
         QStringLiteral(
             "UPDATE account SET previous_login_at = login_at,"
@@ -161,9 +197,8 @@ void Store::addSession(const QString &tokenHash, qint64 userId, const QString &a
         {at, ip, userId});
 }
 
-void Store::setPassword(qint64 userId, const QString &passwordHash)
+void Store::remove(qint64 userId)
 {
-    m_database.run(QStringLiteral("UPDATE account SET password = ? WHERE user_id = ?"),
-                   {passwordHash, userId});
     m_database.run(QStringLiteral("DELETE FROM session WHERE user_id = ?"), {userId});
+    m_database.run(QStringLiteral("DELETE FROM account WHERE user_id = ?"), {userId});
 }

@@ -17,14 +17,6 @@ enum Language { English, Chinese };
 
 const QString langKey = QStringLiteral("lang");
 
-QString readFile(const QString &name)
-{
-    QFile file(QStringLiteral(":/web/") + name);
-    if (!file.open(QIODevice::ReadOnly))
-        throw Refusal(404, QStringLiteral("there is no web page or file /web/%1").arg(name));
-    return QString::fromUtf8(file.readAll());
-}
-
 Language languageOf(const Request &request)
 {
     const QString wish =
@@ -42,18 +34,6 @@ QString queryText(const QMap<QString, QString> &values)
     for (auto it = values.begin(); it != values.end(); ++it)
         query.addQueryItem(it.key(), QString::fromLatin1(QUrl::toPercentEncoding(it.value())));
     return query.toString(QUrl::FullyEncoded).toHtmlEscaped();
-}
-
-QString withParts(QString source)
-{
-    static const QRegularExpression part(QStringLiteral("\\{\\{>([a-z-]+)\\}\\}\n?"));
-    for (;;) {
-        const QRegularExpressionMatch match = part.match(source);
-        if (!match.hasMatch())
-            return source;
-        source.replace(match.capturedStart(), match.capturedLength(),
-                       readFile(QStringLiteral("parts/%1.html").arg(match.captured(1))));
-    }
 }
 
 // In one pass, so that braces in a value stand for themselves.
@@ -81,6 +61,18 @@ void addSentence(QMap<QString, QString> &texts, const QString &word, const QStri
         QStringLiteral("<p data-word=\"%1\"%2>%3</p>\n").arg(word, attribute, text);
 }
 
+// Of what a page loads; empty for a page.
+QByteArray typeByName(const QString &name)
+{
+    if (name.endsWith(QLatin1String(".css")))
+        return "text/css; charset=utf-8";
+    if (name.endsWith(QLatin1String(".js")))
+        return "text/javascript; charset=utf-8";
+    if (name.endsWith(QLatin1String(".svg")))
+        return "image/svg+xml";
+    return {};
+}
+
 // A page loads nothing from other origins, is not cached, and does not pass on its own address,
 // whose query may name the user.
 void addSecurityHeaders(Answer &answer)
@@ -95,8 +87,12 @@ void addSecurityHeaders(Answer &answer)
 
 } // namespace
 
-WebPages::WebPages(const Settings &settings) : m_settings(settings)
+WebPages::WebPages(const QString &folder, const Settings &settings)
+    : m_folder(folder)
+    , m_settings(settings)
 {
+    if (!QFile::exists(QStringLiteral(":/%1/texts.tsv").arg(m_folder)))
+        return;
     const QLatin1String prefix("error.");
     const QStringList lines =
         readFile(QStringLiteral("texts.tsv")).split(QLatin1Char('\n'), Qt::SkipEmptyParts).mid(1);
@@ -105,6 +101,8 @@ WebPages::WebPages(const Settings &settings) : m_settings(settings)
         for (const Language language : {English, Chinese}) {
             const QString text = columns.value(1 + language).toHtmlEscaped();
             m_texts[language].insert(columns.value(0), text);
+            m_texts[language][QStringLiteral("texts")] +=
+                QStringLiteral("<p data-key=\"%1\">%2</p>\n").arg(columns.value(0), text);
             if (columns.value(0).startsWith(prefix))
                 addSentence(m_texts[language], columns.value(0).mid(prefix.size()), text,
                             columns.value(3));
@@ -118,21 +116,40 @@ WebPages::WebPages(const Settings &settings) : m_settings(settings)
     }
 }
 
+QString WebPages::readFile(const QString &name) const
+{
+    QFile file(QStringLiteral(":/%1/%2").arg(m_folder, name));
+    if (!file.open(QIODevice::ReadOnly))
+        throw Refusal(404,
+                      QStringLiteral("there is no web page or file /%1/%2").arg(m_folder, name));
+    return QString::fromUtf8(file.readAll());
+}
+
+QString WebPages::withParts(QString source) const
+{
+    static const QRegularExpression part(QStringLiteral("\\{\\{>([a-z-]+)\\}\\}\n?"));
+    for (;;) {
+        const QRegularExpressionMatch match = part.match(source);
+        if (!match.hasMatch())
+            return source;
+        source.replace(match.capturedStart(), match.capturedLength(),
+                       readFile(QStringLiteral("parts/%1.html").arg(match.captured(1))));
+    }
+}
+
 Answer WebPages::answer(const Request &request) const
 {
-    const QString name = request.path.mid(int(qstrlen("/web/")));
+    const QString folder = QStringLiteral("/%1/").arg(m_folder);
+    const QString name = request.path.mid(folder.size());
     if (name.contains(QLatin1Char('/')))
         throw Refusal(404, QStringLiteral("there is nothing at %1").arg(request.path));
     Answer answer;
     addSecurityHeaders(answer);
-    if (name.endsWith(QLatin1String(".css")) || name.endsWith(QLatin1String(".js"))) {
-        answer.body = readFile(name).toUtf8();
-        answer.contentType = name.endsWith(QLatin1String(".js")) ? "text/javascript; charset=utf-8"
-                                                                 : "text/css; charset=utf-8";
-        return answer;
-    }
-    answer.body = page(name, request).toUtf8();
-    answer.contentType = "text/html; charset=utf-8";
+    answer.contentType = typeByName(name);
+    const bool isPage = answer.contentType.isEmpty();
+    answer.body = (isPage ? page(name, request) : readFile(name)).toUtf8();
+    if (isPage)
+        answer.contentType = "text/html; charset=utf-8";
     return answer;
 }
 

@@ -72,7 +72,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, method);
         QFETCH(QByteArray, body);
         QFETCH(QString, complaint);
-        const Reply reply = m_emulator.http(method, target, body);
+        const Reply reply =
+            m_emulator.http(method, target, body, {"Content-Type: application/json"});
         QTEST(reply.httpStatus, "code");
         QCOMPARE(reply.json().value("status").toString(), "fail");
         QVERIFY2(reply.json().value("result").toString().contains(complaint),
@@ -122,8 +123,9 @@ private Q_SLOTS:
         std::vector<std::unique_ptr<QTcpSocket>> clients;
         for (int i = 0; i < 64; ++i) {
             clients.push_back(connectedTo(m_emulator));
-            clients.back()->write(i % 2 == 0 ? "GET /v1/status HTTP/1.1\r\n\r\n"
-                                             : "GET /_dev/inbox?wait=600000 HTTP/1.1\r\n\r\n");
+            clients.back()->write(
+                i % 2 == 0 ? "GET /v1/status HTTP/1.1\r\nHost: localhost\r\n\r\n"
+                           : "GET /_dev/inbox?wait=600000 HTTP/1.1\r\nHost: localhost\r\n\r\n");
             QVERIFY(clients.back()->waitForBytesWritten());
         }
         clients.clear();
@@ -159,7 +161,7 @@ private Q_SLOTS:
         QVERIFY(m_emulator.addFault({{"request", "status"}, {"kind", "delay"}, {"ms", 3600000}}));
         const int before = m_emulator.requests().size();
         const auto delayed = connectedTo(m_emulator);
-        delayed->write("GET /v1/status HTTP/1.1\r\n\r\n");
+        delayed->write("GET /v1/status HTTP/1.1\r\nHost: localhost\r\n\r\n");
         QVERIFY(delayed->waitForBytesWritten());
         QTRY_COMPARE(m_emulator.requests().size(), before + 1);
         QCOMPARE(m_emulator.http("GET", "/v1/ip-country").httpStatus,

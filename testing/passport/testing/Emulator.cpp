@@ -179,8 +179,10 @@ QString Emulator::latestCaptchaAnswer()
 
 QJsonValue Emulator::dev(const QByteArray &method, const QString &path, const QJsonObject &body)
 {
-    const Answer answer = http(method, "/_dev/" + path.toUtf8(),
-                               method == "POST" ? QJsonDocument(body).toJson() : QByteArray());
+    const bool sends = method == "POST" || method == "PATCH";
+    const Answer answer =
+        http(method, "/_dev/" + path.toUtf8(), sends ? QJsonDocument(body).toJson() : QByteArray(),
+             sends ? QList<QByteArray>{"Content-Type: application/json"} : QList<QByteArray>());
     if (answer.httpStatus == 200)
         return answer.json().value(QLatin1String("result"));
     qWarning() << "emulator call failed:" << method << path << answer.httpStatus << answer.body;
@@ -191,8 +193,13 @@ Emulator::Answer Emulator::http(const QByteArray &method, const QByteArray &targ
                                 const QByteArray &body, const QList<QByteArray> &headers)
 {
     QByteArray request = method + ' ' + target + " HTTP/1.1\r\nConnection: close\r\n";
-    for (const QByteArray &header : headers)
+    bool namesHost = false;
+    for (const QByteArray &header : headers) {
         request += header + "\r\n";
+        namesHost = namesHost || header.startsWith("Host:");
+    }
+    if (!namesHost)
+        request += "Host: 127.0.0.1\r\n";
     if (!body.isEmpty())
         request += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";
     QTcpSocket socket;

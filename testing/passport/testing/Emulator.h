@@ -103,9 +103,14 @@ public:
     {
         return dev("POST", path, body);
     }
+    QJsonValue devPatch(const QString &path, const QJsonObject &body)
+    {
+        return dev("PATCH", path, body);
+    }
     QJsonValue devDelete(const QString &path) { return dev("DELETE", path); }
 
-    /// Any request, on a connection of its own. Headers are lines without their end.
+    /// Any request, on a connection of its own. Headers are lines without their end; "Host" is
+    /// this machine where they name none.
     Answer http(const QByteArray &method, const QByteArray &target, const QByteArray &body = {},
                 const QList<QByteArray> &headers = {});
 
