@@ -35,8 +35,8 @@ void printLine(const QString &line)
 
 Emulator::Emulator(Store &store, const Seed &seed)
     : m_services(store)
-    , m_webPages(QStringLiteral("web"))
-    , m_consolePages(QStringLiteral("console"))
+    , m_webPages(QStringLiteral("web"), m_services.settings)
+    , m_consolePages(QStringLiteral("console"), m_services.settings)
     , m_api(QStringLiteral("/v1"))
     , m_developer(m_services, seed, m_faults, m_log)
 {

@@ -3,6 +3,7 @@
 #include "http/Refusal.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QStringList>
 
 namespace {
@@ -12,7 +13,12 @@ QString privacyDocument(const QString &oem, bool chinese)
     QFile file(chinese ? QStringLiteral(":/services/privacy-zh-cn.html")
                        : QStringLiteral(":/services/privacy-en.html"));
     file.open(QIODevice::ReadOnly);
-    return QString::fromUtf8(file.readAll()).arg(oem.toHtmlEscaped());
+    QString document = QString::fromUtf8(file.readAll());
+    if (oem.isEmpty()) {
+        static const QRegularExpression productLine(QStringLiteral("<p>[^<]*%1</p>\n"));
+        return document.remove(productLine);
+    }
+    return document.arg(oem.toHtmlEscaped());
 }
 
 } // namespace

@@ -15,26 +15,25 @@ namespace {
 
 enum Language { English, Chinese };
 
+const QString langKey = QStringLiteral("lang");
+
 Language languageOf(const Request &request)
 {
-    const QString lang = QStringLiteral("lang");
     const QString wish =
-        request.query.contains(lang)
-            ? request.query.value(lang)
+        request.query.contains(langKey)
+            ? request.query.value(langKey)
             : request.headerValues(QStringLiteral("Accept-Language")).join(QLatin1Char(','));
     // The language that stands first; browsers put it there.
     return wish.startsWith(QLatin1String("zh"), Qt::CaseInsensitive) ? Chinese : English;
 }
 
-// The query of the same page in another language.
-QString queryWithLanguage(const Request &request, const QString &language)
+// The query of a page, as HTML.
+QString queryText(const QMap<QString, QString> &values)
 {
-    QMap<QString, QString> values = request.query;
-    values.insert(QStringLiteral("lang"), language);
     QUrlQuery query;
     for (auto it = values.begin(); it != values.end(); ++it)
         query.addQueryItem(it.key(), QString::fromLatin1(QUrl::toPercentEncoding(it.value())));
-    return query.toString(QUrl::FullyEncoded);
+    return query.toString(QUrl::FullyEncoded).toHtmlEscaped();
 }
 
 // In one pass, so that braces in a value stand for themselves.
@@ -62,6 +61,18 @@ void addSentence(QMap<QString, QString> &texts, const QString &word, const QStri
         QStringLiteral("<p data-word=\"%1\"%2>%3</p>\n").arg(word, attribute, text);
 }
 
+// Of what a page loads; empty for a page.
+QByteArray typeByName(const QString &name)
+{
+    if (name.endsWith(QLatin1String(".css")))
+        return "text/css; charset=utf-8";
+    if (name.endsWith(QLatin1String(".js")))
+        return "text/javascript; charset=utf-8";
+    if (name.endsWith(QLatin1String(".svg")))
+        return "image/svg+xml";
+    return {};
+}
+
 // A page loads nothing from other origins, is not cached, and does not pass on its own address,
 // whose query may name the user.
 void addSecurityHeaders(Answer &answer)
@@ -76,7 +87,9 @@ void addSecurityHeaders(Answer &answer)
 
 } // namespace
 
-WebPages::WebPages(const QString &folder) : m_folder(folder)
+WebPages::WebPages(const QString &folder, const Settings &settings)
+    : m_folder(folder)
+    , m_settings(settings)
 {
     if (!QFile::exists(QStringLiteral(":/%1/texts.tsv").arg(m_folder)))
         return;
@@ -88,6 +101,8 @@ WebPages::WebPages(const QString &folder) : m_folder(folder)
         for (const Language language : {English, Chinese}) {
             const QString text = columns.value(1 + language).toHtmlEscaped();
             m_texts[language].insert(columns.value(0), text);
+            m_texts[language][QStringLiteral("texts")] +=
+                QStringLiteral("<p data-key=\"%1\">%2</p>\n").arg(columns.value(0), text);
             if (columns.value(0).startsWith(prefix))
                 addSentence(m_texts[language], columns.value(0).mid(prefix.size()), text,
                             columns.value(3));
@@ -130,14 +145,11 @@ Answer WebPages::answer(const Request &request) const
         throw Refusal(404, QStringLiteral("there is nothing at %1").arg(request.path));
     Answer answer;
     addSecurityHeaders(answer);
-    if (name.endsWith(QLatin1String(".css")) || name.endsWith(QLatin1String(".js"))) {
-        answer.body = readFile(name).toUtf8();
-        answer.contentType = name.endsWith(QLatin1String(".js")) ? "text/javascript; charset=utf-8"
-                                                                 : "text/css; charset=utf-8";
-        return answer;
-    }
-    answer.body = page(name, request).toUtf8();
-    answer.contentType = "text/html; charset=utf-8";
+    answer.contentType = typeByName(name);
+    const bool isPage = answer.contentType.isEmpty();
+    answer.body = (isPage ? page(name, request) : readFile(name)).toUtf8();
+    if (isPage)
+        answer.contentType = "text/html; charset=utf-8";
     return answer;
 }
 
@@ -146,14 +158,20 @@ QString WebPages::page(const QString &name, const Request &request) const
     const QString source = readFile(name + QLatin1String(".html"));
     const Language language = languageOf(request);
     const bool chinese = language == Chinese;
-    const QString otherLanguage = chinese ? QStringLiteral("en") : QStringLiteral("zh-cn");
     QMap<QString, QString> values = m_texts[language];
     values.insert(QStringLiteral("lang"), chinese ? QStringLiteral("zh-CN") : QStringLiteral("en"));
     values.insert(QStringLiteral("other-lang"),
                   chinese ? QStringLiteral("en") : QStringLiteral("zh-CN"));
-    values.insert(QStringLiteral("other-query"),
-                  queryWithLanguage(request, otherLanguage).toHtmlEscaped());
+    QMap<QString, QString> query = request.query;
+    query.insert(langKey, chinese ? QStringLiteral("en") : QStringLiteral("zh-cn"));
+    values.insert(QStringLiteral("other-query"), queryText(query));
+    query.insert(langKey, chinese ? QStringLiteral("zh-cn") : QStringLiteral("en"));
+    if (!query.contains(QStringLiteral("from")) && name != QLatin1String("privacy"))
+        query.insert(QStringLiteral("from"), name);
+    values.insert(QStringLiteral("link-query"), queryText(query));
     values.insert(QStringLiteral("page"), name);
+    values.insert(QStringLiteral("code-interval"),
+                  QString::number(m_settings.codeIntervalSeconds()));
     for (const char *part : {".title", ".submit", ".done", ".untold"}) {
         const QLatin1String ending(part);
         values.insert(QLatin1String("page") + ending, values.value(name + ending));

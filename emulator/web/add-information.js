@@ -1,12 +1,12 @@
-import { call, contact, element, Failure, filled, finish } from './page.js';
-import { serveForm, showFailure, tool } from './page.js';
+import { contact, filled, finish, serveForm } from './form.js';
+import { call, element, Failure, showFailure, tool } from './page.js';
 import { Verification } from './verification.js';
 
 const verification = new Verification('supply', contact);
 
 async function sessionToken() {
   const { token } = (await tool) || {};
-  if (!token) throw new Failure('authErr');
+  if (!token) throw new Failure('page.noSession');
   return token;
 }
 
@@ -23,9 +23,16 @@ async function supply() {
   await finish('supplied');
 }
 
-verification.start();
-serveForm(supply);
-sessionToken().catch((failure) => {
-  showFailure(failure);
-  element('form').prepend(element('message'));
-});
+async function start() {
+  try {
+    await sessionToken();
+    element('fields').hidden = false;
+    verification.start();
+  } catch (failure) {
+    element('submit').hidden = true;
+    showFailure(failure);
+  }
+  serveForm(supply);
+}
+
+start();

@@ -1,4 +1,4 @@
-import { finish, knownName, newPassword, serveForm } from './page.js';
+import { finish, knownName, newPassword, serveForm } from './form.js';
 import { Verification } from './verification.js';
 
 const verification = new Verification('bpwd', knownName);

@@ -1,4 +1,6 @@
-// What the pages share: failures in words, the account API, the web tool around a page, the form.
+// What the pages share: failures in words, the account API, the web tool around a page.
+
+import './language.js'; // first: it reads the page as it came
 
 export const element = (id) => document.getElementById(id);
 
@@ -6,16 +8,22 @@ const requestSeconds = 30;
 const reportSeconds = 10;
 
 // Ends a submission. The word is one of the service or an error in texts.tsv;
-// the detail stands in for %1 of its sentence, the field in for the one named there.
+// the detail, a text or an element with one, stands in for %1 of its sentence, the field in for the
+// one named there.
 export class Failure extends Error {
   constructor(word, { detail = '', field = null } = {}) {
     super(word);
     const known = [...element('sentences').content.children];
-    const entry = known.find((item) => item.dataset.word === word);
-    const shown = entry || known.find((item) => item.dataset.word === 'page.refused');
+    const entryFor = (name) => known.find((item) => item.dataset.word === name);
     this.word = word;
-    this.sentence = shown.textContent.replace('%1', () => (entry ? detail : word));
-    this.field = field || (shown.dataset.field && element(shown.dataset.field));
+    this.entry = entryFor(word) || entryFor('page.refused');
+    this.detail = detail;
+    this.field = field || (this.entry.dataset.field && element(this.entry.dataset.field));
+  }
+
+  get sentence() {
+    const { detail } = this;
+    return this.entry.textContent.replace('%1', detail.textContent || detail);
   }
 }
 
@@ -71,8 +79,11 @@ function ask(address) {
   });
 }
 
+// An ordinary browser would note the question as an error: a web tool names its engine or itself.
+const mayBeTool = /QtWebEngine|openweburl/i.test(navigator.userAgent);
+
 // What the tool hands to the page, or null in an ordinary browser.
-export const tool = ask('arguments').then((text) => {
+export const tool = (mayBeTool ? ask('arguments') : Promise.resolve(null)).then((text) => {
   if (text === null) return null;
   try {
     return JSON.parse(text) || {};
@@ -91,10 +102,12 @@ export async function report(what, values = {}) {
 }
 
 let unmark = () => {};
+let shown = null;
 
 export function clearMessage() {
   unmark();
   unmark = () => {};
+  shown = null;
   element('message').textContent = '';
 }
 
@@ -117,8 +130,13 @@ export function showFailure(failure) {
   } else {
     element('form').querySelector('.buttons').before(message);
   }
+  shown = failure;
   message.textContent = failure.sentence;
 }
+
+document.addEventListener('languagechanged', () => {
+  if (shown) element('message').textContent = shown.sentence;
+});
 
 let busy = false;
 
@@ -126,7 +144,7 @@ function setBusy(on) {
   busy = on;
   element('form').setAttribute('aria-busy', String(on));
   const buttons = element('form').querySelectorAll('button:not(#cancel)');
-  for (const button of buttons) button.disabled = on;
+  for (const button of buttons) button.disabled = on || 'waits' in button.dataset;
 }
 
 // Runs one action at a time and shows how it failed. A button that was pressed for it keeps the
@@ -147,59 +165,4 @@ export async function whileBusy(action) {
   }
   if (document.activeElement === document.body && pressed.offsetParent) pressed.focus();
   if (failure) showFailure(failure);
-}
-
-export function serveForm(submit) {
-  const form = element('form');
-  form.addEventListener('submit', (event) => {
-    event.preventDefault();
-    whileBusy(submit);
-  });
-  for (const id of ['cancel', 'close']) {
-    element(id).addEventListener('click', () => report('close'));
-    tool.then((found) => (element(id).hidden = !found));
-  }
-  form.querySelector('input:not([type=radio])').focus();
-}
-
-// Reports the result to the tool and shows the end of the page. Whether the tool took it.
-export async function finish(what, values) {
-  const inTool = (await tool) !== null;
-  const told = inTool && (await report(what, values)) !== null;
-  element('form').hidden = true;
-  element('untold').hidden = told || !inTool;
-  element('no-application').hidden = inTool;
-  element('done').hidden = false;
-  (inTool ? element('close') : element('done')).focus();
-  return told;
-}
-
-export function filled(id) {
-  const field = element(id);
-  if (field.value.trim()) return field.value;
-  const label = document.querySelector(`label[for=${id}]`).textContent;
-  throw new Failure('page.empty', { detail: label, field });
-}
-
-// The name of an account, whichever the user goes by.
-export function knownName() {
-  const phoneArea = element('phone-area').value.trim().replace(/^\+/, '');
-  return { username: filled('username').trim(), phoneArea };
-}
-
-// A name that a code can be sent to.
-export function contact() {
-  const name = knownName();
-  const isPhone = /^[0-9]+$/.test(name.username);
-  if (!isPhone && !name.username.includes('@')) throw new Failure('page.contact');
-  if (isPhone && !/^[0-9]+$/.test(name.phoneArea)) throw new Failure('page.area');
-  if (!isPhone) name.phoneArea = '';
-  return name;
-}
-
-// A password that has been typed twice.
-export function newPassword() {
-  const password = filled('password');
-  if (filled('password-again') !== password) throw new Failure('page.differ');
-  return password;
 }

@@ -1,5 +1,5 @@
-import { call, clearMessage, element, filled, finish } from './page.js';
-import { knownName, report, serveForm } from './page.js';
+import { awaited, filled, finish, knownName, serveForm } from './form.js';
+import { call, clearMessage, element, report } from './page.js';
 import { Verification } from './verification.js';
 
 const loginType = 'VelqorPassPort';
@@ -14,10 +14,16 @@ function showWay() {
 
 async function signIn() {
   const name = knownName();
-  const record = element('way-code').checked
+  const byCode = element('way-code').checked;
+  const password = byCode ? '' : filled('password');
+  const record = byCode
     ? await verification.callWithCode('/user/code-login', { loginType })
-    : await call('POST', '/user/login', { ...name, password: filled('password'), loginType });
-  const told = await finish('signed-in', { token: record.token, userId: record.user_id });
+    : await call('POST', '/user/login', { ...name, password, loginType });
+  // An application that waits for an account signs in by itself, with the password.
+  const { username: userName, phoneArea } = name;
+  const told = awaited === 'account' && password
+    ? await finish('account', { userName, password, phoneArea })
+    : await finish('signed-in', { token: record.token, userId: record.user_id });
   if (told) report('close');
 }
 

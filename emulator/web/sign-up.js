@@ -1,4 +1,4 @@
-import { contact, finish, newPassword, serveForm } from './page.js';
+import { contact, finish, newPassword, serveForm } from './form.js';
 import { Verification } from './verification.js';
 
 const verification = new Verification('register', contact);

@@ -1,6 +1,7 @@
 // The captcha and the verification code of a form.
 
-import { call, element, Failure, filled, showFailure, whileBusy } from './page.js';
+import { filled } from './form.js';
+import { call, element, Failure, showFailure, whileBusy } from './page.js';
 
 function randomId() {
   const bytes = crypto.getRandomValues(new Uint8Array(16));
@@ -18,6 +19,9 @@ export class Verification {
     this.id = '';
     // What the latest code was sent for: the service takes the code only together with it.
     this.sent = null;
+    this.seconds = 0; // until another code may be sent
+    this.timer = 0;
+    this.sendLabel = element('send-code').firstChild;
     element('new-captcha').addEventListener('click', () =>
       whileBusy(async () => {
         await this.newPicture();
@@ -25,12 +29,14 @@ export class Verification {
       }));
     element('send-code').addEventListener('click', () => whileBusy(() => this.send()));
     element('captcha').addEventListener('keydown', (event) => {
-      if (event.key !== 'Enter' || event.target.readOnly) return;
+      if (event.key !== 'Enter' || event.target.readOnly || this.seconds > 0) return;
       event.preventDefault();
       whileBusy(() => this.send());
     });
-    for (const id of ['username', 'phone-area'])
-      element(id).addEventListener('change', () => this.offerAnotherCode());
+    element('form').addEventListener('change', ({ target }) => {
+      if (['username', 'phone-area'].includes(target.id)) this.offerAnotherCode();
+    });
+    document.addEventListener('languagechanged', () => this.showState());
   }
 
   async newPicture() {
@@ -54,9 +60,36 @@ export class Verification {
     this.newPicture().catch(showFailure);
   }
 
-  // A code that has been sent is of no use to another user.
+  // A code that has been sent is of no use to another user, who has not to wait for one either.
   offerAnotherCode() {
+    this.wait(0);
     if (element('captcha').readOnly) this.start();
+  }
+
+  wait(seconds) {
+    clearInterval(this.timer);
+    const end = Date.now() + seconds * 1000;
+    const tick = () => {
+      this.seconds = Math.max(0, Math.ceil((end - Date.now()) / 1000));
+      if (this.seconds === 0) clearInterval(this.timer);
+      this.showState();
+    };
+    tick();
+    if (this.seconds > 0) this.timer = setInterval(tick, 250);
+  }
+
+  // How long to wait, in place of the button's text, and where the latest code went.
+  showState() {
+    const button = element('send-code');
+    const busy = element('form').getAttribute('aria-busy') === 'true';
+    const waiting = document.createTextNode(button.dataset.text.replace('%1', this.seconds));
+    button.replaceChildren(this.seconds > 0 ? waiting : this.sendLabel);
+    if (this.seconds > 0) button.dataset.waits = '';
+    else delete button.dataset.waits;
+    button.disabled = busy || this.seconds > 0;
+    const notice = element('code-sent');
+    const name = this.sent && this.sent.username;
+    notice.textContent = name ? notice.dataset.text.replace('%1', () => name) : '';
   }
 
   async send() {
@@ -77,8 +110,7 @@ export class Verification {
     this.sent = sent;
     element('captcha').readOnly = true;
     element('code').value = '';
-    const notice = element('code-sent');
-    notice.textContent = notice.dataset.text.replace('%1', () => name.username);
+    this.wait(Number(element('send-code').dataset.interval));
     element('code').focus();
   }
 
@@ -101,7 +133,7 @@ export class Verification {
   async forget() {
     this.sent = null;
     element('code').value = '';
-    element('code-sent').textContent = '';
+    this.showState();
     await this.newPicture().catch(() => {});
   }
 }
