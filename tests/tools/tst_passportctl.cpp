@@ -79,7 +79,7 @@ private Q_SLOTS:
         row("error by number", {"errors", "0x5070003"}, {}, 0, R"("words":["authErr","pwdErr"])");
         row("unknown error", {"errors", "nope"}, {}, 2, "'passportctl errors' lists");
         row("refused fault", in(dir, "fault {\"kind\":\"none\"}"), {}, 1,
-            "no passport-emulator took it");
+            "the emulator refuses: ");
 
         // Each sees what the one before it has left.
         const QByteArray nobody = R"({"ok":true,"remembered":false})";
