@@ -92,7 +92,8 @@ public:
         QString found = text(value, where);
         const QUrl url(found, QUrl::StrictMode);
         if (!url.isValid() || url.host().isEmpty() || !schemes.contains(url.scheme()))
-            fail(where, schemes.join(QStringLiteral(" or ")) + QStringLiteral(" address"));
+            fail(where, QStringLiteral("an address with the scheme ") +
+                            schemes.join(QStringLiteral(" or ")));
         while (found.endsWith(QLatin1Char('/')))
             found.chop(1);
         return found;
