@@ -6,6 +6,8 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QUrl>
 
+#include <algorithm>
+
 namespace Nubelo {
 
 namespace {
@@ -16,6 +18,7 @@ constexpr int maximumAnswerBytes = 1024 * 1024 * 1024;
 // Every request name of the account client, so that an environment and an address are enough. The
 // one environment known beforehand is the account emulator on its default port.
 const char defaults[] = R"({
+    "cloudEnvironment": "",
     "environments": { "local": { "cloud": "http://127.0.0.1:8787/v1" } },
     "requests": {
         "userLogin": { "path": "/user/login", "method": "POST" },
@@ -36,16 +39,21 @@ const char defaults[] = R"({
     "proxy": "system"
 })";
 
-/// Reads members of nested objects and keeps the first problem it meets.
+/// Reads members of nested objects and notes those of a wrong form.
 class Reader
 {
 public:
-    explicit Reader(QString &problem) : m_problem(problem) {}
+    explicit Reader(QVector<WrongMember> &wrong) : m_wrong(wrong) {}
 
+    /// Once for a member: what stands in one that is no object is not looked for.
     void fail(const QString &where, const QString &expected)
     {
-        if (m_problem.isEmpty())
-            m_problem = where + QStringLiteral(" must be ") + expected;
+        const bool isNoted =
+            std::any_of(m_wrong.cbegin(), m_wrong.cend(), [&](const WrongMember &member) {
+                return (where + QLatin1Char('.')).startsWith(member.path + QLatin1Char('.'));
+            });
+        if (!isNoted)
+            m_wrong.append({where, QStringLiteral("must be ") + expected});
     }
 
     QVariantMap object(const QVariant &value, const QString &where)
@@ -84,22 +92,21 @@ public:
         QString found = text(value, where);
         const QUrl url(found, QUrl::StrictMode);
         if (!url.isValid() || url.host().isEmpty() || !schemes.contains(url.scheme()))
-            fail(where, schemes.join(QStringLiteral(" or ")) + QStringLiteral(" address"));
+            fail(where, QStringLiteral("an address with the scheme ") +
+                            schemes.join(QStringLiteral(" or ")));
         while (found.endsWith(QLatin1Char('/')))
             found.chop(1);
         return found;
     }
 
 private:
-    QString &m_problem;
+    QVector<WrongMember> &m_wrong;
 };
 
 void readEnvironments(Reader &reader, const QVariantMap &all, Configuration &configuration)
 {
-    const QString chosen = all.contains(QStringLiteral("cloudEnvironment"))
-                               ? reader.text(all.value(QStringLiteral("cloudEnvironment")),
-                                             QStringLiteral("cloudEnvironment"))
-                               : QString();
+    const QString chosen = reader.text(all.value(QStringLiteral("cloudEnvironment")),
+                                       QStringLiteral("cloudEnvironment"));
     const QVariantMap environments =
         reader.object(all.value(QStringLiteral("environments")), QStringLiteral("environments"));
     for (auto environment = environments.begin(); environment != environments.end();
@@ -170,15 +177,19 @@ void readRules(Reader &reader, const QVariantMap &all, TransferRules &rules)
 
 } // namespace
 
-Configuration Configuration::parse(const QVariantMap &data, QString &problem)
+const QVariantMap &Configuration::builtIn()
 {
-    static const QVariantMap builtIn =
+    static const QVariantMap map =
         QJsonDocument::fromJson(QByteArray(defaults)).object().toVariantMap();
+    return map;
+}
 
+Configuration Configuration::parse(const QVariantMap &data, QVector<WrongMember> &wrong)
+{
     Configuration configuration;
     configuration.data = data;
-    const QVariantMap all = merged(builtIn, data);
-    Reader reader(problem);
+    const QVariantMap all = merged(builtIn(), data);
+    Reader reader(wrong);
     readEnvironments(reader, all, configuration);
     readRequests(reader, all, configuration);
     readRules(reader, all, configuration.rules);

@@ -6,6 +6,7 @@
 #include <QtCore/QHash>
 #include <QtCore/QString>
 #include <QtCore/QVariantMap>
+#include <QtCore/QVector>
 
 #include <chrono>
 
@@ -22,6 +23,13 @@ struct TransferRules
     QByteArray proxy;       ///< "system", "none" or the proxy's address
 };
 
+/// A member that keeps a configuration from being used.
+struct WrongMember
+{
+    QString path;    ///< such as "timeouts.totalMs"
+    QString problem; ///< such as "must be a number from 1 to 10"
+};
+
 /// A checked configuration: what was set, and what follows from it and the built-in defaults.
 ///
 /// A value; it never changes after parse() made it, so threads may share one.
@@ -34,9 +42,13 @@ public:
         QByteArray method;
     };
 
-    /// The configuration of `data` over the defaults. On a wrong form `problem` says what and
-    /// where, and the result is not to be used; otherwise it is empty.
-    static Configuration parse(const QVariantMap &data, QString &problem);
+    /// The configuration of `data` over builtIn(). Members of a wrong form are added to `wrong`;
+    /// the result is then not to be used.
+    static Configuration parse(const QVariantMap &data, QVector<WrongMember> &wrong);
+
+    /// The defaults, which show every member that has an effect: those of "requests" and
+    /// "environments" stand for others of any name, with members of the same names.
+    static const QVariantMap &builtIn();
 
     /// The object in the file at `path`; on failure the code, with the reason in `problem`.
     static Error::ErrorCode readFile(const QString &path, QVariantMap &data, QString &problem);

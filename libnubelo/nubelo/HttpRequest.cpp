@@ -130,8 +130,11 @@ Error::ErrorCode locate(const Configuration &configuration, const QString &name,
     }
     const QString address = configuration.addresses.value(source);
     if (address.isEmpty()) {
-        problem = QStringLiteral("the chosen environment has no address for the source \"%1\"")
-                      .arg(source);
+        const QVariant environment = configuration.data.value(QStringLiteral("cloudEnvironment"));
+        problem = environment.toString().isEmpty()
+                      ? QStringLiteral("cloudEnvironment names no environment")
+                      : QStringLiteral("environments.%1.%2 is missing")
+                            .arg(environment.toString(), source);
         return Error::ConfigDataError;
     }
     request.method = known->method;

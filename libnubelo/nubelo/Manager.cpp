@@ -18,7 +18,7 @@ struct Manager::Private
 {
     explicit Private(Manager *manager) : q(manager)
     {
-        QString none;
+        QVector<WrongMember> none;
         configuration = std::make_shared<Configuration>(Configuration::parse({}, none));
     }
 
@@ -39,7 +39,7 @@ struct Manager::Private
 
     Reply *send(const QString &name, const QByteArray &method, const QString &appendToUrl,
                 const QVariantMap &envelope);
-    Reply *configure(const QVariantMap &changes, bool replace);
+    Reply *configure(const QVariantMap &changes, bool replace, const QString &origin);
     Reply *immediateReply(const Outcome &outcome);
 
     Manager *const q;
@@ -139,7 +139,7 @@ Reply *Manager::setConfigPath(const QString &path, const QVariantMap &extra)
     QString problem;
     const Error::ErrorCode code = Configuration::readFile(path, data, problem);
     if (code == Error::NoError)
-        return d->configure(data, true);
+        return d->configure(data, true, QStringLiteral("configuration file ") + path);
     qCWarning(logNubelo).noquote() << "configuration file" << path << "not used:" << problem;
     return d->immediateReply({code, {}, {}});
 }
@@ -147,24 +147,25 @@ Reply *Manager::setConfigPath(const QString &path, const QVariantMap &extra)
 Reply *Manager::setConfigData(const QVariantMap &data, const QVariantMap &extra)
 {
     Q_UNUSED(extra)
-    return d->configure(data, false);
+    return d->configure(data, false, QStringLiteral("configuration"));
 }
 
-Reply *Manager::Private::configure(const QVariantMap &changes, bool replace)
+Reply *Manager::Private::configure(const QVariantMap &changes, bool replace, const QString &origin)
 {
-    QString problem;
+    QVector<WrongMember> wrong;
     {
         // Held over reading and writing, so that two threads' changes are both in force afterwards.
         const std::lock_guard lock(mutex);
         const QVariantMap data =
             replace ? changes : Configuration::merged(configuration->data, changes);
-        Configuration next = Configuration::parse(data, problem);
-        if (problem.isEmpty())
+        Configuration next = Configuration::parse(data, wrong);
+        if (wrong.isEmpty())
             configuration = std::make_shared<Configuration>(std::move(next));
     }
-    if (problem.isEmpty())
+    if (wrong.isEmpty())
         return immediateReply(success());
-    qCWarning(logNubelo).noquote() << "configuration not changed:" << problem;
+    for (const WrongMember &member : qAsConst(wrong))
+        qCWarning(logNubelo).noquote() << origin << "not used:" << member.path << member.problem;
     return immediateReply({Error::ConfigDataError, {}, {}});
 }
 

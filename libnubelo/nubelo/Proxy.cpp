@@ -9,11 +9,15 @@ namespace Nubelo {
 
 namespace {
 
+/// The variable that is set: `name`, or the same in capital letters; empty when neither is.
 QByteArray variable(const QByteArray &name)
 {
-    const QByteArray value = qgetenv(name.constData());
     // HTTP_PROXY is left out, as by everybody: a web server sets it to a request's header "Proxy".
-    return value.isEmpty() && name != "http_proxy" ? qgetenv(name.toUpper().constData()) : value;
+    for (const QByteArray &candidate : {name, name == "http_proxy" ? name : name.toUpper()}) {
+        if (!qEnvironmentVariableIsEmpty(candidate.constData()))
+            return candidate;
+    }
+    return {};
 }
 
 bool isLoopback(const QString &host)
@@ -41,7 +45,7 @@ bool isNameIn(const QString &host, QString domain)
 
 bool isExempt(const QString &host)
 {
-    QString list = QString::fromLocal8Bit(variable("no_proxy"));
+    QString list = QString::fromLocal8Bit(qgetenv(variable("no_proxy").constData()));
     if (list == QLatin1String("*"))
         return true;
     const QStringList entries = list.replace(QLatin1Char(' '), QLatin1Char(','))
@@ -54,7 +58,7 @@ bool isExempt(const QString &host)
 
 } // namespace
 
-QByteArray proxyFor(const QByteArray &rule, const QUrl &url)
+QByteArray proxyFor(const QByteArray &rule, const QUrl &url, QByteArray *origin)
 {
     if (rule == "none")
         return {};
@@ -63,8 +67,11 @@ QByteArray proxyFor(const QByteArray &rule, const QUrl &url)
     const QString host = url.host(QUrl::FullyEncoded);
     if (isLoopback(host) || isExempt(host))
         return {};
-    const QByteArray proxy = variable(url.scheme().toLatin1() + "_proxy");
-    return proxy.isEmpty() ? variable("all_proxy") : proxy;
+    const QByteArray own = variable(url.scheme().toLatin1() + "_proxy");
+    const QByteArray name = own.isEmpty() ? variable("all_proxy") : own;
+    if (origin)
+        *origin = name;
+    return qgetenv(name.constData());
 }
 
 } // namespace Nubelo

@@ -73,8 +73,11 @@ void Transfer::setUp()
     // Without it the end of a transfer would wait for a name look-up that is under way.
     set(easy, CURLOPT_QUICK_EXIT, 1L);
 #endif
-    if (!m_rules.caFile.isEmpty())
+    if (!m_rules.caFile.isEmpty()) {
         set(easy, CURLOPT_CAINFO, m_rules.caFile.constData());
+        // Else libcurl would accept the authorities of the system's directory as well.
+        set(easy, CURLOPT_CAPATH, nullptr);
+    }
     set(easy, CURLOPT_SSLVERSION,
         m_rules.minimumTls == "1.3" ? long{CURL_SSLVERSION_TLSv1_3}
                                     : long{CURL_SSLVERSION_TLSv1_2});

@@ -1,7 +1,5 @@
 #include "nubelo/CloudFixture.h"
 
-#include <QtNetwork/QSslKey>
-
 void CloudFixture::init()
 {
     QLoggingCategory::setFilterRules("nubelo=false");
@@ -19,16 +17,6 @@ void CloudFixture::cleanup()
     limit(4000, 5000);
     useAddress(server.url());
     QCOMPARE(send().order.join(' '), "finished");
-}
-
-QSslConfiguration CloudFixture::tls(const QString &name)
-{
-    const QByteArray pem = textOf(QFINDTESTDATA("certificates/" + name + ".pem")).toLatin1();
-    QSslConfiguration configuration;
-    configuration.setLocalCertificateChain(QSslCertificate::fromData(pem));
-    configuration.setPrivateKey(QSslKey(pem, QSsl::Ec));
-    configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
-    return configuration;
 }
 
 void CloudFixture::useAddress(const QString &address)

@@ -31,7 +31,10 @@ private Q_SLOTS:
 protected:
     /// The certificate to trust, and a server's own.
     static QString authority() { return QFINDTESTDATA("certificates/authority.pem"); }
-    static QSslConfiguration tls(const QString &name = "server");
+    static QSslConfiguration tls(const QString &name = "server")
+    {
+        return RawServer::tls(QFINDTESTDATA("certificates/" + name + ".pem"));
+    }
 
     void configure(const QVariantMap &data) { end(manager->setConfigData(data, {})); }
     void useAddress(const QString &address);

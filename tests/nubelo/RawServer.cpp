@@ -1,5 +1,8 @@
 #include "nubelo/RawServer.h"
 
+#include "support/Rows.h"
+
+#include <QtNetwork/QSslKey>
 #include <QtNetwork/QTcpServer>
 
 namespace {
@@ -88,6 +91,16 @@ QByteArray RawServer::lastRequest() const
 {
     const QMutexLocker lock(&m_mutex);
     return m_lastRequest;
+}
+
+QSslConfiguration RawServer::tls(const QString &path)
+{
+    const QByteArray pem = textOf(path).toLatin1();
+    QSslConfiguration configuration;
+    configuration.setLocalCertificateChain(QSslCertificate::fromData(pem));
+    configuration.setPrivateKey(QSslKey(pem, QSsl::Ec));
+    configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
+    return configuration;
 }
 
 QByteArray RawServer::answer(const QByteArray &body, int status, const QByteArray &headers)

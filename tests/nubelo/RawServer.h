@@ -26,6 +26,9 @@ public:
     int connections() const { return m_connections; }
     QByteArray lastRequest() const; ///< when no request is under way
 
+    /// With the certificate and the key of a PEM file; asks none of the client.
+    static QSslConfiguration tls(const QString &path);
+
     /// A whole HTTP answer.
     static QByteArray answer(const QByteArray &body, int status = 200,
                              const QByteArray &headers = {});

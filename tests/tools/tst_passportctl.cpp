@@ -1,3 +1,4 @@
+#include "nubelo/RawServer.h"
 #include "passport/testing/Emulator.h"
 #include "support/PassportDirectory.h"
 #include "support/Rows.h"
@@ -55,6 +56,17 @@ private Q_SLOTS:
         }
         dir.write("bad/config/SystemCfg.cfg", "{");
         dir.write("target", "old content");
+
+        faulty.writeSystemCfg({{"Default", QJsonObject{{"StartHub", true}}}});
+        faulty.writePassportCfg({{"hub", QJsonObject{{"path", "hub/run.exe"}}},
+                                 {"nubelo", QJsonObject{{"env", "beta"}, {"url", "http://x"}}}});
+        for (const char *path : {"config/account.json", "openweburl/openweburl"})
+            faulty.write(path, "{}");
+        faulty.write("half/config/SystemCfg.cfg", R"({"a":{}})");
+        faulty.write("bad/config/SystemCfg.cfg", "{");
+        faulty.write("marked/config/SystemCfg.cfg", "\xEF\xBB\xBF{\"a\":{}}");
+        faulty.write("empty.json", "{}");
+        faulty.write("unset.json", R"({"cloudEnvironment":"a","environments":{"a":{}}})");
     }
 
     void answers_data()
@@ -64,22 +76,21 @@ private Q_SLOTS:
         row("signed in", in(dir, "-v sign-in " + user), password, 0, R"("user":"ada@example.com")");
         row("with token", in(dir, "sign-in --show-token " + user), password, 0, "\"token\":\"");
         row("profile", in(dir, "profile " + user), password, 0, R"("nickName":"Ada")");
-        row("doctor", in(dir, "doctor"), {}, 0, R"("service":"passport-emulator")");
         row("new password", in(dir, "reset-password --from-emulator " + user), password, 0, "ada");
         row("captcha", in(dir, "exists --from-emulator " + user), {}, 0, R"("exists":true)");
-        row("wrong password", in(dir, "sign-in " + user), "x\n", 1, R"("message":"pwdErr")");
+        row("wrong password", in(dir, "sign-in " + user), "x\n", 1, R"("name":"pwdErr")");
         row("no password", in(dir, "sign-in " + user), {}, 2, "no password");
         row("unknown option", {"status", "--nonsense"}, {}, 2, {});
         row("nothing listens", {"status", "--cloud", "http://127.0.0.1:1"}, {}, 3,
             "nothing listens");
         const QString bad = dir.filePath("bad");
-        row("bad file", {"config", "--config", bad + "/config/SystemCfg.cfg"}, {}, 4, "DataError");
+        row("bad file", {"config", "--config", bad + "/config/SystemCfg.cfg"}, {}, 4, "findings");
         row("no directory", {"sign-in", "--remember", user}, password, 4, "--passport-dir");
-        row("bad directory", {"account", "--passport-dir", bad}, {}, 4, "SystemCfg.cfg: no file");
+        row("bad directory", {"account", "--passport-dir", bad}, {}, 4, "SystemCfg.cfg: unterminated");
         row("error by number", {"errors", "0x5070003"}, {}, 0, R"("words":["authErr","pwdErr"])");
         row("unknown error", {"errors", "nope"}, {}, 2, "'passportctl errors' lists");
         row("refused fault", in(dir, "fault {\"kind\":\"none\"}"), {}, 1,
-            "no passport-emulator took it");
+            "the emulator refuses: ");
 
         // Each sees what the one before it has left.
         const QByteArray nobody = R"({"ok":true,"remembered":false})";
@@ -134,6 +145,49 @@ private Q_SLOTS:
         QCOMPARE(dir.read("target"), QByteArray("old content"));
     }
 
+    void findings_data()
+    {
+        QTest::addColumn<QStringList>("row");
+        QString text = textOf(QFINDTESTDATA("findings.txt"));
+        const QString certificates = QFINDTESTDATA("../nubelo/certificates");
+        const QSslConfiguration tls = RawServer::tls(certificates + "/expired.pem");
+        const QByteArray ok = R"({"status":"ok"})";
+        late = std::make_unique<RawServer>(
+            RawServer::answer(ok, 200, "Date: Sun, 06 Nov 1994 08:49:37 GMT\r\n"));
+        expired = std::make_unique<RawServer>(RawServer::answer(ok), tls);
+        text.replace("DIR", faulty.path()).replace("LATE", late->url());
+        text.replace("EXPIRED", expired->url()).replace("EMULATOR", emulator.baseUrl().chopped(3));
+        text.replace("AUTHORITY", certificates + "/authority.pem");
+        for (const QString &line : text.split('\n', Qt::SkipEmptyParts)) {
+            const QStringList row = line.split('|').replaceInStrings(blanks, {});
+            QTest::newRow(qPrintable(row.first())) << row;
+        }
+    }
+
+    void findings()
+    {
+        QFETCH(QStringList, row);
+        QStringList arguments = row[1].split(' ', Qt::SkipEmptyParts);
+        if (row[1].isEmpty() || row[1].startsWith("--passport-dir"))
+            arguments += {"--cloud", emulator.baseUrl()};
+        if (!row[2].isEmpty()) {
+            faulty.write("cloud.json", '{' + row[2].toUtf8() + '}');
+            arguments += {"--config", faulty.filePath("cloud.json")};
+        }
+        const Run run = passportctl(QStringList{"--json", "doctor"} + arguments);
+        QVERIFY2(run.exitCode == row[3].toInt(), run.out);
+        const QJsonObject answer = QJsonDocument::fromJson(run.out).object();
+        QStringList found;
+        for (const QString &key : answer.keys())
+            found.append(key + ": " + answer[key].toString());
+        for (const QJsonValue finding : answer["findings"].toArray())
+            found.append(QStringLiteral("%1 %2: %3 %4")
+                             .arg(finding["severity"].toString(), finding["where"].toString(),
+                                  finding["what"].toString(), finding["advice"].toString()));
+        QVERIFY2(!found.filter(row[4]).isEmpty(), qPrintable(found.join('\n')));
+        QVERIFY(!run.out.contains("s-3cret") && !run.err.contains("s-3cret"));
+    }
+
     void speaksToTheEmulator()
     {
         QCOMPARE(passportctl(in(dir, "code-sign-in --from-emulator " + user)).exitCode, 0);
@@ -142,8 +196,8 @@ private Q_SLOTS:
         const QString fault = R"({"request":"ipCountry","kind":"delay","ms":20000})";
         dir.write("hasty", R"({"timeouts":{"totalMs":500}})");
         QCOMPARE(passportctl(in(dir, "fault", {fault})).exitCode, 0);
-        const Run late = passportctl(in(dir, "country --config " + dir.filePath("hasty")));
-        QVERIFY2(late.exitCode == 3 && late.err.contains("NetErr"), late.err);
+        const Run slow = passportctl(in(dir, "country --config " + dir.filePath("hasty")));
+        QVERIFY2(slow.exitCode == 3 && slow.err.contains("NetErr"), slow.err);
     }
 
     void protectsAnyLength_data()
@@ -189,6 +243,10 @@ private:
     VelqorPassPort::Testing::Emulator emulator;
     const PassportDirectory dir;    // with the web tool for sign-in alone
     const PassportDirectory bundle; // with the one for other pages alone
+    const PassportDirectory faulty; // with what a doctor is to find
+    std::unique_ptr<RawServer> late;
+    std::unique_ptr<RawServer> expired;
+    const QRegularExpression blanks{"^ *| *$"};
 };
 
 QTEST_GUILESS_MAIN(tst_Passportctl)

@@ -2,6 +2,7 @@
 
 #include <CLI/App.hpp>
 
+#include <string>
 #include <utility>
 
 void Command::validate(const CLI::App &app) const
@@ -11,14 +12,24 @@ void Command::validate(const CLI::App &app) const
 
 Commands Commands::group(const char *name, const char *description)
 {
-    CLI::App *app = m_app.add_subcommand(name, description);
+    CLI::App *app = m_app.add_subcommand(name, description)->group(m_title);
     app->require_subcommand(1);
     return {*app, m_chosen};
 }
 
-void Commands::add(const char *name, const char *description, std::shared_ptr<Command> command)
+Commands Commands::titled(const char *title) const
 {
-    CLI::App *app = m_app.add_subcommand(name, description);
+    Commands same = *this;
+    same.m_title = title;
+    return same;
+}
+
+void Commands::add(const char *name, const char *description, const char *example,
+                   std::shared_ptr<Command> command)
+{
+    CLI::App *app = m_app.add_subcommand(name, description)->group(m_title);
+    if (*example != '\0')
+        app->footer(std::string("Example: passportctl ") + example);
     command->declare(*app);
     app->callback([app, command = std::move(command), &chosen = m_chosen] {
         command->validate(*app);

@@ -35,20 +35,27 @@ public:
     /// Both outlive the parsing; `chosen` stays null until a command has been parsed.
     Commands(CLI::App &app, std::shared_ptr<Command> &chosen) : m_app(app), m_chosen(chosen) {}
 
+    /// `example`: what might stand behind the program's name to show the command; its help and the
+    /// manual print it.
     template <typename OneCommand>
-    void add(const char *name, const char *description)
+    void add(const char *name, const char *description, const char *example = "")
     {
-        add(name, description, std::make_shared<OneCommand>());
+        add(name, description, example, std::make_shared<OneCommand>());
     }
 
     /// A name under which further commands stand, such as "web".
     Commands group(const char *name, const char *description);
 
+    /// The same place; what is added here is listed under `title`.
+    Commands titled(const char *title) const;
+
 private:
-    void add(const char *name, const char *description, std::shared_ptr<Command> command);
+    void add(const char *name, const char *description, const char *example,
+             std::shared_ptr<Command> command);
 
     CLI::App &m_app;
     std::shared_ptr<Command> &m_chosen;
+    const char *m_title = "Commands";
 };
 
 // Without dashes a name is that of an argument. A value that is set already is the default, and

@@ -2,8 +2,12 @@
 
 #include "Prompt.h"
 
+#include <config/ConfigInformation.h>
+#include <config/PassportDirectory_p.h>
+
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 
 using namespace VelqorPassPort;
 
@@ -16,17 +20,35 @@ std::optional<Exit> Host::initialize(PassportDir need)
             return std::nullopt;
         return m_output.failure(Exit::Configuration, QStringLiteral("this needs --passport-dir"));
     }
-    for (const char *name : {"/config/SystemCfg.cfg", "/config/PassPortCfg.cfg"}) {
-        QFile file(dir + QLatin1String(name));
-        if (!file.open(QIODevice::ReadOnly) ||
-            !QJsonDocument::fromJson(file.readAll()).isObject()) {
-            return m_output.failure(
-                Exit::Configuration,
-                QStringLiteral("%1: no file with a JSON object").arg(file.fileName()));
-        }
+    const PassportDirectory directory(dir);
+    for (const QString &path :
+         {directory.systemConfiguration(), directory.passportConfiguration()}) {
+        const QString problem = problemOfDocument(path);
+        if (!problem.isEmpty())
+            return m_output.failure(Exit::Configuration,
+                                    QStringLiteral("%1: %2").arg(path, problem));
     }
     m_passport.initial(dir);
     return std::nullopt;
+}
+
+QString Host::problemOfDocument(const QString &path)
+{
+    QFile file(path);
+    if (!file.exists())
+        return QStringLiteral("there is no such file");
+    if (!file.open(QIODevice::ReadOnly))
+        return file.errorString();
+    QJsonParseError error{};
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll(), &error);
+    if (error.error != QJsonParseError::NoError)
+        return QStringLiteral("%1 at byte %2").arg(error.errorString()).arg(error.offset);
+    if (document.object().isEmpty())
+        return QStringLiteral("it is no JSON object with a member");
+    return g_getConfigInformation(path).isEmpty()
+               ? QStringLiteral("the library reads nothing from it: it begins with a byte-order "
+                                "mark, or is not ASCII")
+               : QString();
 }
 
 std::optional<Exit> Host::configure()
@@ -45,18 +67,25 @@ PassportCommunityError Host::applyOptions()
     if (record.isError())
         return record;
 
+    const QVariantMap changes = overrides();
+    return changes.isEmpty() ? record : m_passport.setConfigData(changes);
+}
+
+QVariantMap Host::overrides() const
+{
     QString environment = m_options.environment;
     if (environment.isEmpty() && !m_options.address.isEmpty())
         environment = QStringLiteral("command-line");
     else if (environment.isEmpty() && m_options.configFile.isEmpty())
         environment = QStringLiteral("local");
+    QVariantMap changes;
     if (!environment.isEmpty())
-        record = m_passport.setConfigData(environment);
-    if (record.isError() || m_options.address.isEmpty())
-        return record;
-    const QVariantMap sources{{QStringLiteral("cloud"), m_options.address}};
-    return m_passport.setConfigData(
-        QVariantMap{{QStringLiteral("environments"), QVariantMap{{environment, sources}}}});
+        changes.insert(QStringLiteral("cloudEnvironment"), environment);
+    if (!m_options.address.isEmpty()) {
+        const QVariantMap sources{{QStringLiteral("cloud"), m_options.address}};
+        changes.insert(QStringLiteral("environments"), QVariantMap{{environment, sources}});
+    }
+    return changes;
 }
 
 std::optional<Exit> Host::prepare(PassportDir need)

@@ -40,8 +40,16 @@ public:
     /// Initialises the passport directory, if one is given.
     std::optional<Exit> initialize(PassportDir need);
 
-    /// Puts the options in force: the file, then the environment, then the address. Without any of
-    /// them the environment "local", a passport-emulator on this machine.
+    /// What keeps the library from using a document of the passport directory; empty: nothing.
+    static QString problemOfDocument(const QString &path);
+
+    const HostOptions &options() const { return m_options; }
+
+    /// What the options put over the configuration file: the environment and the address. Without
+    /// any of the three the environment "local", a passport-emulator on this machine.
+    QVariantMap overrides() const;
+
+    /// Puts the options in force: the file and then the overrides().
     VelqorPassPort::PassportCommunityError applyOptions();
     std::optional<Exit> configure(); ///< the same
 

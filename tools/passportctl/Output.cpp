@@ -3,31 +3,15 @@
 #include <errortable/ErrorTable.h>
 
 #include <QtCore/QJsonDocument>
-#include <QtCore/QTextStream>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <system_error>
 
 using namespace VelqorPassPort;
 
 namespace {
-
-// The service's word where there is one, which says more than the name of its code.
-QString nameOf(const PassportCommunityError &record)
-{
-    return record.errorMessage.isEmpty() ? record.errorName : record.errorMessage;
-}
-
-// Another request library may report codes that the table does not have.
-QString meaningOf(const ErrorEntry *entry)
-{
-    return entry ? entry->when : QStringLiteral("The service could not be used.");
-}
-
-QString adviceOf(const ErrorEntry *entry)
-{
-    return entry ? entry->advice : QString();
-}
 
 QString withoutFullStop(QString sentence)
 {
@@ -36,7 +20,60 @@ QString withoutFullStop(QString sentence)
     return sentence;
 }
 
+/// A name for failures that have no code of the library's.
+QString nameOf(Exit exit)
+{
+    switch (exit) {
+    case Exit::Refused:
+        return QStringLiteral("RefusedError");
+    case Exit::Usage:
+        return QStringLiteral("UsageError");
+    case Exit::Unreachable:
+        return QStringLiteral("UnreachableError");
+    case Exit::Configuration:
+    case Exit::Success:
+        break;
+    }
+    return QStringLiteral("ConfigurationError");
+}
+
+void printObject(QJsonObject object, bool ok)
+{
+    object.insert(QStringLiteral("ok"), ok);
+    writeStandardOutput(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+}
+
+void printError(const QString &text)
+{
+    std::fputs(("passportctl: " + text.toUtf8() + '\n').constData(), stderr);
+}
+
 } // namespace
+
+ErrorText::ErrorText(const PassportCommunityError &record)
+    : name(record.errorName)
+    , code(hexadecimal(record.errorCode))
+{
+    const ErrorEntry *entry = findError(record.errorCode, record.errorMessage);
+    const bool isWord = entry && entry->kind == ErrorEntry::Kind::Word;
+    // The record's own name of a refusal in words of the service's is that text again.
+    if (entry)
+        name = entry->name;
+    if (!record.errorMessage.isEmpty() && !isWord)
+        when = QStringLiteral("The service refused: ") + withoutFullStop(record.errorMessage);
+    else // another request library may report codes that the table does not have
+        when =
+            entry ? withoutFullStop(entry->when) : QStringLiteral("The service could not be used");
+    if (entry)
+        advice = entry->advice;
+}
+
+void writeStandardOutput(const QByteArray &text)
+{
+    const auto size = static_cast<std::size_t>(text.size());
+    if (std::fwrite(text.constData(), 1, size, stdout) != size || std::fflush(stdout) != 0)
+        throw std::system_error(errno, std::generic_category(), "standard output");
+}
 
 QString hexadecimal(int code)
 {
@@ -60,12 +97,14 @@ Exit exitOf(const PassportCommunityError &record)
 
 Exit Output::success(const QString &sentence, const Rows &rows, const QJsonObject &data) const
 {
-    if (m_json) {
-        QJsonObject object = data;
-        object.insert(QStringLiteral("ok"), true);
-        printObject(object);
-    }
     report(sentence, rows);
+    return success(data);
+}
+
+Exit Output::success(const QJsonObject &data) const
+{
+    if (m_json)
+        printObject(data, true);
     return Exit::Success;
 }
 
@@ -73,48 +112,46 @@ void Output::report(const QString &sentence, const Rows &rows) const
 {
     if (m_json)
         return;
-    QTextStream out(stdout);
-    out.setCodec("UTF-8");
-    out << sentence << '\n';
+    QString text = sentence + QLatin1Char('\n');
     int width = 0;
     for (const auto &row : rows)
         width = std::max(width, row.first.size());
     for (const auto &row : rows)
-        out << "  " << row.first.leftJustified(width) << "  " << row.second << '\n';
+        text += QStringLiteral("  %1  %2\n").arg(row.first.leftJustified(width), row.second);
+    writeStandardOutput(text.toUtf8());
 }
 
 Exit Output::failure(const QString &operation, const PassportCommunityError &record) const
 {
+    const ErrorText text(record);
     const Exit exit = exitOf(record);
-    const ErrorEntry *entry = findError(record.errorCode, record.errorMessage);
     if (m_json) {
         const QJsonObject error{{QStringLiteral("code"), static_cast<int>(record.errorCode)},
-                                {QStringLiteral("name"), record.errorName},
-                                {QStringLiteral("message"), record.errorMessage},
-                                {QStringLiteral("text"), meaningOf(entry)},
-                                {QStringLiteral("advice"), adviceOf(entry)}};
-        printObject({{QStringLiteral("ok"), false}, {QStringLiteral("error"), error}});
+                                {QStringLiteral("name"), text.name},
+                                {QStringLiteral("message"), text.when},
+                                {QStringLiteral("advice"), text.advice}};
+        printObject({{QStringLiteral("error"), error}}, false);
         return exit;
     }
-    QTextStream err(stderr);
-    err.setCodec("UTF-8");
-    err << "passportctl: " << operation << ": " << withoutFullStop(meaningOf(entry)) << " ("
-        << nameOf(record) << ", " << hexadecimal(record.errorCode) << ")\n";
-    if (entry)
-        err << "  " << entry->advice << '\n';
+    printError(QStringLiteral("%1: %2").arg(operation, text.sentence()));
+    if (!text.advice.isEmpty())
+        std::fputs(("  " + text.advice.toUtf8() + '\n').constData(), stderr);
     return exit;
 }
 
-Exit Output::failure(Exit exit, const QString &sentence) const
+Exit Output::failure(Exit exit, const QString &sentence, const QJsonObject &data) const
 {
-    if (m_json) {
-        printObject({{QStringLiteral("ok"), false},
-                     {QStringLiteral("error"), QJsonObject{{QStringLiteral("text"), sentence}}}});
+    if (!m_json) {
+        printError(sentence);
         return exit;
     }
-    QTextStream err(stderr);
-    err.setCodec("UTF-8");
-    err << "passportctl: " << sentence << '\n';
+    QJsonObject object = data;
+    object.insert(QStringLiteral("error"),
+                  QJsonObject{{QStringLiteral("code"), static_cast<int>(exit)},
+                              {QStringLiteral("name"), nameOf(exit)},
+                              {QStringLiteral("message"), sentence},
+                              {QStringLiteral("advice"), QString()}});
+    printObject(object, false);
     return exit;
 }
 
@@ -130,11 +167,4 @@ Output::Rows Output::rowsOf(const QVariantMap &map)
             rows.append({field.key(), text});
     }
     return rows;
-}
-
-void Output::printObject(const QJsonObject &object) const
-{
-    const QByteArray line = QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
-    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stdout);
-    std::fflush(stdout);
 }

@@ -1,15 +1,14 @@
 #include "Command.h"
+#include "WebTool.h"
 
-#include <QtCore/QFileInfo>
+#include <config/PassportDirectory_p.h>
+
 #include <QtCore/QJsonArray>
 #include <QtCore/QUrl>
 
 using namespace VelqorPassPort;
 
 namespace {
-
-constexpr char bundled[] = "openweburl.app/Contents/MacOS/openweburl";
-constexpr char apart[] = "openweburl";
 
 /// A page of the account service in the web tool, from its start to its end.
 ///
@@ -91,13 +90,12 @@ Exit WebCommand::run(Host &host)
 // The library cannot say that there is no web tool: to it that is a page closed at once.
 std::optional<Exit> WebCommand::findProgram(const Host &host) const
 {
-    const QFileInfo program(host.passportDir() + QStringLiteral("/openweburl/") +
-                            QLatin1String(m_program));
-    if (program.isExecutable() && program.isFile())
+    const QString path = PassportDirectory(host.passportDir()).webTool(QLatin1String(m_program));
+    const QString problem = problemOfProgram(path);
+    if (problem.isEmpty())
         return std::nullopt;
     return host.output().failure(
-        Exit::Configuration,
-        QStringLiteral("%1: no program, the web tool is missing").arg(program.filePath()));
+        Exit::Configuration, QStringLiteral("%1: %2, the web tool is missing").arg(path, problem));
 }
 
 void WebCommand::listen(Host &host)
@@ -112,13 +110,13 @@ void WebCommand::listen(Host &host)
         result(QStringLiteral("tokenReceived"), {{QStringLiteral("token"), secret(token)}});
     });
     QObject::connect(passport, &Passport::userIdReceived, passport, [=](const QString &userId) {
-        result(QStringLiteral("userIdReceived"), {{QStringLiteral("userId"), userId}});
+        result(QStringLiteral("userIdReceived"), {{QStringLiteral("userID"), userId}});
     });
     QObject::connect(passport, &Passport::userLoadSuccess, passport,
                      [=](const QString &name, const QString &password, const QString &phoneArea) {
                          result(QStringLiteral("userLoadSuccess"),
-                                {{QStringLiteral("userName"), name},
-                                 {QStringLiteral("passWord"), secret(password)},
+                                {{QStringLiteral("user"), name},
+                                 {QStringLiteral("password"), secret(password)},
                                  {QStringLiteral("phoneArea"), phoneArea}});
                      });
     QObject::connect(passport, &Passport::supplySuccess, passport,
@@ -144,7 +142,7 @@ QString WebCommand::secret(const QString &text) const
 class WebSignIn : public WebCommand
 {
 public:
-    WebSignIn() : WebCommand(apart, QStringLiteral("a sign-in")) {}
+    WebSignIn() : WebCommand(WebTool::apart, QStringLiteral("a sign-in")) {}
     void declare(CLI::App &app) override
     {
         declarePage(app);
@@ -160,7 +158,7 @@ public:
 class WebSignUp : public WebCommand
 {
 public:
-    WebSignUp() : WebCommand(bundled, QStringLiteral("an account")) {}
+    WebSignUp() : WebCommand(WebTool::bundled, QStringLiteral("an account")) {}
     void declare(CLI::App &app) override
     {
         declarePage(app);
@@ -177,7 +175,7 @@ public:
 class WebForgotten : public WebCommand
 {
 public:
-    WebForgotten() : WebCommand(bundled, QStringLiteral("a new password")) {}
+    WebForgotten() : WebCommand(WebTool::bundled, QStringLiteral("a new password")) {}
     void declare(CLI::App &app) override
     {
         declarePage(app);
@@ -195,7 +193,7 @@ public:
 class WebAddInfo : public WebCommand
 {
 public:
-    WebAddInfo() : WebCommand(bundled, QStringLiteral("the information being saved")) {}
+    WebAddInfo() : WebCommand(WebTool::bundled, QStringLiteral("the information being saved")) {}
     void declare(CLI::App &app) override
     {
         addAccount(app, m_account);
@@ -219,7 +217,7 @@ private:
 class WebOpen : public WebCommand
 {
 public:
-    WebOpen() : WebCommand(bundled, QString()) {}
+    WebOpen() : WebCommand(WebTool::bundled, QString()) {}
     void declare(CLI::App &app) override
     {
         declareText(app);

@@ -6,6 +6,13 @@
 
 namespace {
 
+Exit noEmulator(Host &host)
+{
+    return host.output().failure(
+        Exit::Unreachable,
+        QStringLiteral("no passport-emulator answers at %1").arg(host.address()));
+}
+
 class Fault : public Command
 {
 public:
@@ -26,10 +33,13 @@ Exit Fault::run(Host &host)
         return host.output().failure(Exit::Usage, QStringLiteral("a fault is a JSON object"));
     if (const auto end = host.prepare())
         return *end;
-    if (Emulator::ask(host, QStringLiteral("faults"), fault.toVariantMap()).isUndefined()) {
-        return host.output().failure(
-            Exit::Refused,
-            QStringLiteral("no passport-emulator took it: see the faults in its manual"));
+    QString refusal;
+    if (Emulator::ask(host, QStringLiteral("faults"), fault.toVariantMap(), &refusal)
+            .isUndefined()) {
+        if (refusal.isEmpty())
+            return noEmulator(host);
+        return host.output().failure(Exit::Refused,
+                                     QStringLiteral("the emulator refuses: ") + refusal);
     }
     return host.output().success(QStringLiteral("In force"), {},
                                  {{QStringLiteral("fault"), fault}});
@@ -71,9 +81,7 @@ Exit Inbox::run(Host &host)
     if (m_waits && answer.isArray())
         answer = nextAfter(host, answer.toArray());
     if (!answer.isArray())
-        return host.output().failure(
-            Exit::Unreachable,
-            QStringLiteral("no passport-emulator answers at %1").arg(host.address()));
+        return noEmulator(host);
     Output::Rows rows;
     const QJsonArray messages = answer.toArray();
     for (const QJsonValue &message : messages) {
@@ -90,6 +98,7 @@ Exit Inbox::run(Host &host)
 
 void addEmulatorCommands(Commands commands)
 {
-    commands.add<Fault>("fault", "Have a passport-emulator spoil answers");
-    commands.add<Inbox>("inbox", "Show the codes that a passport-emulator sent");
+    commands.add<Fault>("fault", "Have a passport-emulator spoil answers",
+                        R"(fault '{"request": "userLogin", "kind": "delay", "ms": 3000}')");
+    commands.add<Inbox>("inbox", "Show the codes that a passport-emulator sent", "inbox --wait");
 }

@@ -14,11 +14,14 @@ QJsonObject lastOf(const QJsonValue &list)
 
 } // namespace
 
-QJsonValue Emulator::ask(Host &host, const QString &call, const QVariantMap &body)
+QJsonValue Emulator::ask(Host &host, const QString &call, const QVariantMap &body, QString *refusal)
 {
     QVariant result;
     const QUrl url = QUrl(host.address()).resolved(QUrl(QStringLiteral("/_dev/") + call));
-    host.client().requestNubelo(result, url.toString(), Nubelo::Manager::Get, body);
+    const auto record =
+        host.client().requestNubelo(result, url.toString(), Nubelo::Manager::Get, body);
+    if (refusal)
+        *refusal = record.errorMessage;
     const QJsonObject answer = QJsonDocument::fromJson(result.toString().toUtf8()).object();
     return answer.isEmpty() ? QJsonValue(QJsonValue::Undefined)
                             : answer.value(QStringLiteral("result"));

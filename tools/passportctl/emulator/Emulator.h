@@ -9,8 +9,9 @@
 namespace Emulator {
 
 /// The result of a call, sent with `body` unless that is empty; undefined when no emulator answers
-/// or it refuses.
-QJsonValue ask(Host &host, const QString &call, const QVariantMap &body = {});
+/// or it refuses, which `refusal` then tells in its words.
+QJsonValue ask(Host &host, const QString &call, const QVariantMap &body = {},
+               QString *refusal = nullptr);
 
 /// The text in the picture of the captcha that was fetched last.
 QString captchaText(Host &host);
