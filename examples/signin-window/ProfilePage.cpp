@@ -1,11 +1,12 @@
 #include "ProfilePage.h"
 
+#include "Heading.h"
 #include "Requests.h"
 #include "Words.h"
 
 #include <QtCore/QDateTime>
-#include <QtCore/QLocale>
 #include <QtWidgets/QFormLayout>
+#include <QtWidgets/QHBoxLayout>
 #include <QtWidgets/QLabel>
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QVBoxLayout>
@@ -25,7 +26,7 @@ QString phoneText(const QVariantMap &profile)
 QString timeText(const QString &isoTime)
 {
     const QDateTime time = QDateTime::fromString(isoTime, Qt::ISODateWithMs).toLocalTime();
-    return QLocale().toString(time, QLocale::ShortFormat);
+    return spokenLocale().toString(time, QLocale::ShortFormat);
 }
 
 } // namespace
@@ -33,27 +34,28 @@ QString timeText(const QString &isoTime)
 ProfilePage::ProfilePage(Requests &requests, QWidget *parent)
     : QWidget(parent)
     , m_requests(requests)
-    , m_title(new QLabel)
+    , m_title(newHeading())
     , m_rows(new QFormLayout)
     , m_refresh(new QPushButton(tr("&Refresh")))
 {
     auto *signOut = new QPushButton(tr("Sign &out"));
+    signOut->setObjectName(QStringLiteral("signOut"));
     // Neither is the default: the second of two quick Enters must not sign out again.
     m_refresh->setAutoDefault(false);
     signOut->setAutoDefault(false);
     m_title->setObjectName(QStringLiteral("title"));
-    m_title->setTextFormat(Qt::PlainText);
+    setFocusProxy(m_refresh);
 
+    auto *buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(m_refresh);
+    buttons->addWidget(signOut);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(m_title);
     layout->addLayout(m_rows);
-    layout->addStretch();
-    layout->addWidget(m_refresh);
-    layout->addWidget(signOut);
+    layout->addLayout(buttons);
 
-    m_requests.addStarter(m_refresh);
-    m_requests.addStarter(signOut);
     connect(m_refresh, &QPushButton::clicked, this, &ProfilePage::refresh);
     connect(signOut, &QPushButton::clicked, this, [this] {
         m_requests.passport().logOut();
@@ -73,21 +75,23 @@ void ProfilePage::setProfile(const QVariantMap &profile)
             return;
         auto *field = new QLabel(value);
         field->setTextFormat(Qt::PlainText);
+        field->setWordWrap(true);
         m_rows->addRow(label, field);
     };
     addRow(tr("E-mail:"), text("email"));
     addRow(tr("Phone:"), phoneText(profile));
     addRow(tr("Company:"), text("companyName"));
     addRow(tr("Last sign-in:"), timeText(text("lastLogin")));
-    m_refresh->setFocus();
 }
 
 void ProfilePage::refresh()
 {
     QVariantMap profile;
-    const PassportCommunityError outcome = m_requests.run(
-        [&] { return m_requests.passport().reqGetUserInfo(profile, QStringLiteral("product")); });
-    if (!outcome.isError())
+    const PassportCommunityError outcome = m_requests.run([&](Passport &passport) {
+        return passport.reqGetUserInfo(profile, QStringLiteral("product"));
+    });
+    if (outcome.isError())
+        Q_EMIT failed(sentenceFor(outcome));
+    else
         setProfile(profile);
-    m_requests.say(wordsFor(outcome));
 }

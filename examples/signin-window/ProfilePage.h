@@ -20,6 +20,8 @@ public:
 
 Q_SIGNALS:
     void signedOut();
+    /// What went wrong, for the user.
+    void failed(const QString &sentence);
 
 private:
     void refresh();

@@ -1,8 +1,5 @@
 #include "Requests.h"
 
-#include <QtCore/QScopedValueRollback>
-#include <QtWidgets/QApplication>
-
 using namespace VelqorPassPort;
 
 Requests::Requests(Passport &facade, QObject *parent) : QObject(parent), m_passport(facade) {}
@@ -14,22 +11,10 @@ PassportCommunityError Requests::run(const Request &request)
         refused.errorCode = CommunityErrorCode::EC_IsRuning;
         return refused;
     }
-    // A disabled widget loses the focus: a starter gets it back, so that the keyboard stays where
-    // the user left it.
-    QWidget *const focused = QApplication::focusWidget();
-    const QScopedValueRollback<bool> running(m_running, true);
-    setStartersEnabled(false);
+    m_running = true;
     Q_EMIT busyChanged(true);
-    const PassportCommunityError outcome = request();
-    setStartersEnabled(true);
-    if (m_starters.contains(focused))
-        focused->setFocus();
+    const PassportCommunityError outcome = request(m_passport);
+    m_running = false;
     Q_EMIT busyChanged(false);
     return outcome;
-}
-
-void Requests::setStartersEnabled(bool enabled)
-{
-    for (QWidget *starter : qAsConst(m_starters))
-        starter->setEnabled(enabled);
 }

@@ -2,45 +2,41 @@
 
 #include <passport/Passport.h>
 
-#include <QtCore/QVector>
-#include <QtWidgets/QWidget>
+#include <QtCore/QObject>
 
 #include <functional>
 
-/// The window's one way to the facade: runs one request at a time.
+/// The window's one way to the account service: runs one request at a time.
 ///
 /// A request blocks its caller while the window's events go on, so that a second click or key would
-/// start another one further up the stack. Whatever starts requests is therefore disabled while one
-/// runs, and run() refuses the rest. Used from the window's thread; the facade outlives it, and no
-/// widget is deleted while a request runs. Closing the window then is safe.
+/// start another one further up the stack. Whoever shows a form locks it by busyChanged(), and
+/// run() refuses the rest. Used from the window's thread; the facade outlives this object.
 class Requests : public QObject
 {
     Q_OBJECT
 
 public:
-    using Request = std::function<VelqorPassPort::PassportCommunityError()>;
+    using Request =
+        std::function<VelqorPassPort::PassportCommunityError(VelqorPassPort::Passport &)>;
 
     Requests(VelqorPassPort::Passport &facade, QObject *parent);
 
+    /// For what needs no request: the remembered account, the token, signing out.
     VelqorPassPort::Passport &passport() { return m_passport; }
 
-    /// Has a widget that starts requests disabled while one runs.
-    void addStarter(QWidget *starter) { m_starters.append(starter); }
+    bool isRunning() const { return m_running; }
 
     /// Returns the request's outcome, EC_IsRuning without a call when another one is running.
     VelqorPassPort::PassportCommunityError run(const Request &request);
 
-    /// Tells the user something, or with an empty text that all is well.
-    void say(const QString &text) { Q_EMIT said(text); }
+    /// Has the request that is running return EC_OperationCanceledError soon.
+    void cancel() { m_passport.cancel(); }
 
 Q_SIGNALS:
+    /// Before a request and, with `busy` false, after it.
     void busyChanged(bool busy);
-    void said(const QString &text);
 
 private:
-    void setStartersEnabled(bool enabled);
-
     VelqorPassPort::Passport &m_passport;
-    QVector<QWidget *> m_starters;
     bool m_running = false;
 };

@@ -1,52 +1,69 @@
 #pragma once
 
-#include <passport/PassportCommunityError.h>
+#include "Background.h"
 
 #include <QtCore/QVariantMap>
 #include <QtWidgets/QWidget>
 
-class CodeFields;
+class CodeForm;
+class CountryBox;
+class Field;
+class PasswordField;
 class QCheckBox;
-class QComboBox;
 class QLineEdit;
 class QPushButton;
-class QTabWidget;
+class QTabBar;
 class Requests;
+class WebLinks;
 
 /// The form for signing in: by password or, on the other tab, by verification code.
 ///
-/// Belongs in a dialog, whose Enter key presses the button for the next step.
+/// Belongs in a dialog, whose Enter key presses the button for the next step, and which locks the
+/// form while a request runs.
 class SignInPage : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit SignInPage(Requests &requests, QWidget *parent);
+    SignInPage(Requests &requests, const HostSettings &settings, QWidget *parent = nullptr);
 
-    /// Fills in the remembered account and puts the focus where the user goes on.
+    /// Fills in the remembered account and puts the focus where the user goes on. Has the countries
+    /// fetched beside everything else, if they are not there yet.
     void begin();
-    /// Fetches what the form shows and does not have yet: countries, and for a code a captcha.
-    void fetchMissing();
 
 Q_SIGNALS:
     void signedIn(const QVariantMap &profile);
+    /// A sentence for the user, and one about what went wrong and belongs to no field.
+    void said(const QString &sentence);
+    void failed(const QString &sentence);
 
 private:
     void layOut();
+    void connectAll();
     bool byCode() const;
-    QString phoneArea() const;
-    QString fetchCountries();
+    void showWay();
+    void fetchCountries();
+    void fetchPicture();
+    void sendCode();
     void signIn();
-    VelqorPassPort::PassportCommunityError requestSignIn(QVariantMap &profile);
+    bool isComplete();
+    bool hasAccount();
+    VelqorPassPort::PassportCommunityError requestSignIn(VelqorPassPort::Passport &passport,
+                                                         QVariantMap &profile) const;
+    void takeOver(const QString &name, const QString &password, const QString &phoneArea);
+    void show(const VelqorPassPort::PassportCommunityError &outcome);
+    Field *fieldFor(const QString &input) const;
     void updateDefaultButton();
 
     Requests &m_requests;
     QLineEdit *m_account;
-    QComboBox *m_country;
-    QTabWidget *m_ways;
-    QLineEdit *m_password;
-    CodeFields *m_code;
+    Field *m_accountField;
+    CountryBox *m_country;
+    QTabBar *m_ways;
+    PasswordField *m_password;
+    CodeForm *m_code;
     QCheckBox *m_remember;
     QPushButton *m_signIn;
-    bool m_hasCaptcha = false;
+    WebLinks *m_links;
+    Background m_countries;
 };

@@ -1,9 +1,12 @@
 // A desktop host. Usage: signin-window PASSPORT-DIRECTORY [CLOUD], where CLOUD is the address of an
 // account cloud or the name of an environment, "local" when it is left out.
 #include "SignInWindow.h"
+#include "Translations.h"
 
 #include <passport/Passport.h>
 
+#include <QtCore/QDir>
+#include <QtCore/QLoggingCategory>
 #include <QtCore/QTextStream>
 #include <QtWidgets/QApplication>
 
@@ -25,24 +28,30 @@ QVariantMap cloudConfiguration(const QString &cloud)
 
 int main(int argc, char *argv[])
 {
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     const QApplication application(argc, argv);
+    // The library's debug lines carry tokens, passwords and profiles: off before the first call.
+    QLoggingCategory::setFilterRules(QStringLiteral("velqor.passport.lib.debug=false"));
+    const Translations translations;
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() != 2 && arguments.size() != 3) {
         QTextStream(stderr) << "usage: signin-window PASSPORT-DIRECTORY [CLOUD]\n";
         return 2;
     }
+    const HostSettings settings{QDir(arguments[1]).absolutePath(),
+                                cloudConfiguration(arguments.value(2, QStringLiteral("local")))};
 
     // Outlives the window and the event loop: a call that a closed window left behind ends in it.
     Passport passport;
-    passport.initial(arguments[1]);
-    const PassportCommunityError outcome =
-        passport.setConfigData(cloudConfiguration(arguments.value(2, QStringLiteral("local"))));
+    passport.initial(settings.passportDirectory);
+    const PassportCommunityError outcome = passport.setConfigData(settings.cloud);
     if (outcome.isError()) {
         QTextStream(stderr) << "This is no account cloud: " << outcome.errorName << '\n';
         return 2;
     }
 
-    SignInWindow window(passport);
+    SignInWindow window(passport, settings);
     window.show();
     const int exitCode = QApplication::exec();
     passport.exitModule();

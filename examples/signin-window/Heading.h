@@ -1,0 +1,6 @@
+#pragma once
+
+class QLabel;
+
+/// A page's heading, without a text yet.
+QLabel *newHeading();
