@@ -49,15 +49,19 @@ function(passport_add_library target)
     MACOSX_RPATH ON)
 endfunction()
 
-# passport_add_tool(name SOURCES file...): a program that is installed in bin/.
+# passport_add_tool(name SOURCES file... [COMPONENT name]): a program that is installed in bin/, with the component
+# Tools unless another is named.
 function(passport_add_tool target)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "COMPONENT" "SOURCES")
+  if(NOT ARG_COMPONENT)
+    set(ARG_COMPONENT Tools)
+  endif()
   add_executable(${target} ${ARG_SOURCES})
   passport_target_defaults(${target})
   passport_set_install_rpath(${target} "/../${CMAKE_INSTALL_LIBDIR}")
   set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
   if(PASSPORT_INSTALL)
-    install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+    install(TARGETS ${target} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT ${ARG_COMPONENT})
   endif()
 endfunction()
 
