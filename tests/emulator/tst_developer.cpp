@@ -72,39 +72,6 @@ private Q_SLOTS:
                      "authErr");
     }
 
-    void refusesChanges_data()
-    {
-        const auto row =
-            columns<QByteArray, QByteArray, QByteArray, int>("method", "path", "body", "code");
-        const QByteArray one = "accounts/10001";
-        row("name of another", "PATCH", one, R"({"phone":"carol@example.com"})", 409);
-        row("name twice", "POST", "accounts", R"({"username":"李明","password":"x"})", 409);
-        row("no password", "POST", "accounts", R"({"username":"a"})", 400);
-        row("empty password", "PATCH", one, R"({"password":""})", 400);
-        row("endless hash", "PATCH", one, R"({"passwordHash":"pbkdf2-sha256$999999999$AA==$x"})",
-            400);
-        row("nobody", "DELETE", "accounts/10001/10001", {}, 404);
-        row("no country", "POST", "settings", R"({"country":"ZZ"})", 400);
-        row("long code", "POST", "settings", R"({"fixedCode":"1234567"})", 400);
-        row("time runs back", "POST", "clock", R"({"advanceSeconds":-1})", 400);
-        row("seed of one name twice", "POST", "import",
-            R"({"accounts":[{"username":"a","password":"b"},{"username":"a","password":"b"}]})",
-            400);
-        row("seed of bad settings", "POST", "import", R"({"accounts":[],"settings":{"x":1}})", 400);
-    }
-
-    void refusesChanges()
-    {
-        QFETCH(QByteArray, method);
-        QFETCH(QByteArray, path);
-        QFETCH(QByteArray, body);
-        const QJsonValue before = m_emulator.devGet("export");
-        const auto reply =
-            m_emulator.http(method, "/_dev/" + path, body, {"Content-Type: application/json"});
-        QTEST(reply.httpStatus, "code");
-        QCOMPARE(m_emulator.devGet("export"), before);
-    }
-
     void locksOut()
     {
         m_emulator.setSettings({{"lockOutTries", 2}, {"lockOutSeconds", 60}});

@@ -42,7 +42,9 @@ private Q_SLOTS:
     {
         const auto row = columns<QByteArray, QByteArray, QByteArray, int, QString>(
             "method", "target", "body", "code", "complaint");
-        const QByteArray login = "/v1/user/login", faults = "/_dev/faults";
+        const QByteArray login = "/v1/user/login", faults = "/_dev/faults", import = "/_dev/import";
+        const QByteArray accounts = "/_dev/accounts", ada = "/_dev/accounts/10001";
+        const QByteArray settings = "/_dev/settings";
         const QByteArray captcha = "/v1/captcha/0f8fad5b-d9cb-469f-a165-70867728950e";
         row("unknown path", "GET", "/v1/nothing", {}, 404, "there is nothing at /v1/nothing");
         row("path of odd bytes", "GET", "/%0A%00%ff", {}, 404, "there is nothing at");
@@ -64,6 +66,20 @@ private Q_SLOTS:
             400, "whole number from 1");
         row("fault that splits the answer", "POST", faults,
             R"({"request":"*","kind":"redirect","location":"a\r\nX: y"})", 400, "control");
+        row("name of another", "PATCH", ada, R"({"phone":"carol@example.com"})", 409, "another");
+        row("account without password", "POST", accounts, R"({"username":"a"})", 400, "missing");
+        row("empty password", "PATCH", ada, R"({"password":""})", 400, "empty");
+        row("endless hash", "PATCH", ada, R"({"passwordHash":"pbkdf2-sha256$999999999$AA==$x"})",
+            400, "exported");
+        row("no account's path", "DELETE", ada + "/10001", {}, 404, "no account");
+        row("no country", "POST", settings, R"({"country":"ZZ"})", 400, "two capital letters");
+        row("long code", "POST", settings, R"({"fixedCode":"1234567"})", 400, "6 digits");
+        row("time runs back", "POST", "/_dev/clock", R"({"advanceSeconds":-1})", 400, "from 1");
+        row("import of a name twice", "POST", import,
+            R"({"accounts":[{"username":"a","password":"b"},{"username":"a","password":"b"}]})",
+            400, "also belongs to account 0");
+        row("import of a bad setting", "POST", import, R"({"accounts":[],"settings":{"x":1}})", 400,
+            "settings: field \"x\" is not known");
     }
 
     void refusesBadRequests()
@@ -72,6 +88,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, method);
         QFETCH(QByteArray, body);
         QFETCH(QString, complaint);
+        const QJsonValue before = m_emulator.devGet("export");
         const Reply reply =
             m_emulator.http(method, target, body, {"Content-Type: application/json"});
         QTEST(reply.httpStatus, "code");
@@ -79,6 +96,7 @@ private Q_SLOTS:
         QVERIFY2(reply.json().value("result").toString().contains(complaint),
                  reply.body.constData());
         QCOMPARE(m_emulator.devGet("faults").toArray(), QJsonArray());
+        QCOMPARE(m_emulator.devGet("export"), before);
     }
 
     void refusesCallersFromElsewhere_data()
