@@ -22,6 +22,16 @@ bool isForPages(const Request &request)
            request.path.startsWith(consolePath);
 }
 
+QString lineOf(const RequestLog::Entry &entry)
+{
+    const bool refusedByRules = entry.answer.httpStatus == 200 && !entry.answer.word.isEmpty();
+    const QString outcome =
+        refusedByRules ? entry.answer.word : QString::number(entry.answer.httpStatus);
+    return QStringLiteral("%1 %2 %3 %4 ms")
+        .arg(entry.time, entry.name.isEmpty() ? entry.request.path : entry.name, outcome)
+        .arg(entry.durationMs);
+}
+
 void printLine(const QString &line)
 {
     if (line.isEmpty())
@@ -125,6 +135,8 @@ Answer Emulator::answerApi(const Request &request)
     });
     const Answer answer = entry.answer;
     entry.durationMs = timer.elapsed() + answer.delivery.delay.count();
+    if (m_verbose)
+        printLine(lineOf(entry));
     m_log.add(std::move(entry));
     return answer;
 }

@@ -150,11 +150,6 @@ private Q_SLOTS:
         const QJsonObject fresh = m_client.sentCode("login", ada);
         QCOMPARE(word("code-login", old), "captchaErr");
         QCOMPARE(word("code-login", fresh), "ok");
-        QCOMPARE(m_emulator
-                     .http("POST", "/_dev/settings", R"({"codeIntervalSeconds":-1})",
-                           {"Content-Type: application/json"})
-                     .httpStatus,
-                 400);
     }
 
     void judgesCodes_data()
@@ -253,7 +248,7 @@ private Q_SLOTS:
         };
         QVERIFY(page("northside/x-zh-cn-y").contains(QString::fromUtf8("隐私政策")));
         QVERIFY(page("northside/ZH-CN").contains("<p>Product line: northside</p>"));
-        QVERIFY(page("/").contains("Product line: <"));
+        QVERIFY(!page("/").contains("Product line"));
         QVERIFY(page("%3Cb%3E%22&%251/en-us").contains("&lt;b&gt;&quot;&amp;%1<"));
         QVERIFY(page("https://a.example/b/en-us").contains(": https://a.example/b<"));
 

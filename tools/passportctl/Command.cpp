@@ -10,7 +10,7 @@ void Command::validate(const CLI::App &app) const
     Q_UNUSED(app)
 }
 
-Commands Commands::group(const char *name, const char *description)
+Commands Commands::group(const char *name, const char *description) const
 {
     CLI::App *app = m_app.add_subcommand(name, description)->group(m_title);
     app->require_subcommand(1);

@@ -42,17 +42,16 @@ public:
     {
         add(name, description, example, std::make_shared<OneCommand>());
     }
+    void add(const char *name, const char *description, const char *example,
+             std::shared_ptr<Command> command);
 
     /// A name under which further commands stand, such as "web".
-    Commands group(const char *name, const char *description);
+    Commands group(const char *name, const char *description) const;
 
     /// The same place; what is added here is listed under `title`.
     Commands titled(const char *title) const;
 
 private:
-    void add(const char *name, const char *description, const char *example,
-             std::shared_ptr<Command> command);
-
     CLI::App &m_app;
     std::shared_ptr<Command> &m_chosen;
     const char *m_title = "Commands";

@@ -1,4 +1,5 @@
 #include "../Command.h"
+#include "Administration.h"
 #include "Emulator.h"
 
 #include <QtCore/QJsonArray>
@@ -101,4 +102,5 @@ void addEmulatorCommands(Commands commands)
     commands.add<Fault>("fault", "Have a passport-emulator spoil answers",
                         R"(fault '{"request": "userLogin", "kind": "delay", "ms": 3000}')");
     commands.add<Inbox>("inbox", "Show the codes that a passport-emulator sent", "inbox --wait");
+    addAdministrationCommands(commands);
 }
