@@ -9,6 +9,11 @@
 
 #include <algorithm>
 
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <termios.h>
+#include <unistd.h>
+
 namespace {
 
 struct Run
@@ -29,6 +34,29 @@ Run passportctl(const QStringList &arguments, const QByteArray &input = {})
     return {ended ? process.exitCode() : -1, process.readAllStandardOutput(),
             process.readAllStandardError()};
 }
+
+/// Has a terminal for its standard input, on which Ctrl-C means it.
+class TerminalProcess : public QProcess
+{
+public:
+    explicit TerminalProcess(int terminal) : m_terminal(terminal) {}
+    bool echoes() const
+    {
+        termios state{};
+        return tcgetattr(m_terminal, &state) == 0 && (state.c_lflag & ECHO);
+    }
+
+protected:
+    void setupChildProcess() override
+    {
+        setsid();
+        ioctl(m_terminal, TIOCSCTTY, 0);
+        dup2(m_terminal, STDIN_FILENO);
+    }
+
+private:
+    const int m_terminal;
+};
 
 const QString user = "ada@example.com";
 const QByteArray password = "correct horse 1\n";
@@ -80,17 +108,21 @@ private Q_SLOTS:
         row("captcha", in(dir, "exists --from-emulator " + user), {}, 0, R"("exists":true)");
         row("wrong password", in(dir, "sign-in " + user), "x\n", 1, R"("name":"pwdErr")");
         row("no password", in(dir, "sign-in " + user), {}, 2, "no password");
-        row("unknown option", {"status", "--nonsense"}, {}, 2, {});
+        row("mistyped option", {"status", "--jsno"}, {}, 2, R"(did you mean \"--json\"?)");
+        row("mistyped command", {"web", "singin"}, {}, 2, R"(did you mean \"sign-in\"?)");
+        row("no command", {}, {}, 2, "a command is missing");
+        row("help", {"help", "web", "sign-in"}, {}, 0, "Usage: passportctl web sign-in [OPTIONS]");
+        row("endless line", in(dir, "sign-in " + user), QByteArray(5000, 'x'), 2, "4096 bytes");
         row("nothing listens", {"status", "--cloud", "http://127.0.0.1:1"}, {}, 3,
             "nothing listens");
         const QString bad = dir.filePath("bad");
         row("bad file", {"config", "--config", bad + "/config/SystemCfg.cfg"}, {}, 4, "findings");
         row("no directory", {"sign-in", "--remember", user}, password, 4, "--passport-dir");
-        row("bad directory", {"account", "--passport-dir", bad}, {}, 4, "SystemCfg.cfg: unterminated");
+        row("bad directory", {"account", "--passport-dir", bad}, {}, 4,
+            "SystemCfg.cfg: unterminated");
         row("error by number", {"errors", "0x5070003"}, {}, 0, R"("words":["authErr","pwdErr"])");
         row("unknown error", {"errors", "nope"}, {}, 2, "'passportctl errors' lists");
-        row("refused fault", in(dir, "fault {\"kind\":\"none\"}"), {}, 1,
-            "the emulator refuses: ");
+        row("refused fault", in(dir, "fault {\"kind\":\"none\"}"), {}, 1, "the emulator refuses: ");
 
         // Each sees what the one before it has left.
         const QByteArray nobody = R"({"ok":true,"remembered":false})";
@@ -99,7 +131,8 @@ private Q_SLOTS:
         row("remembers", in(dir, "sign-in --remember " + user), password, 0,
             R"("remembered":true)");
         row("remembered", in(dir, "account"), {}, 0, ada);
-        row("forgets", in(dir, "account --forget"), {}, 0, nobody);
+        row("forgets", in(dir, "account --forget"), {}, 0, R"({"forgotten":false,"name":"")");
+        row("forgotten", in(dir, "account"), {}, 0, nobody);
 
         const QString token = "openLoginURL_token_startT-1openLoginURL_token_end";
         const QString details = "userLoadSuccess start: zoe s-3cret 86 end";
@@ -136,9 +169,12 @@ private Q_SLOTS:
         const Run json = passportctl(QStringList("--json") + arguments, input);
         QCOMPARE(json.exitCode, code);
         QVERIFY2(json.out.contains(shown), json.out);
-        QCOMPARE(json.out.count('\n'), shown.isEmpty() ? 0 : 1);
-        const QJsonValue ok = QJsonDocument::fromJson(json.out)["ok"];
-        QVERIFY(shown.isEmpty() || ok == QJsonValue(code == 0));
+        QCOMPARE(json.out.count('\n'), 1);
+        const QJsonDocument answer = QJsonDocument::fromJson(json.out);
+        QCOMPARE(answer["ok"], QJsonValue(code == 0));
+        const QJsonValue error = answer["error"];
+        QVERIFY(code == 0 || (error["code"].toInt() && !error["name"].toString().isEmpty() &&
+                              !error["message"].toString().isEmpty()));
         const QRegularExpression secret("correct horse|s-3cret|T-1|[0-9a-f]{32}");
         if (arguments.filter("--show-").isEmpty())
             QVERIFY(!secret.match(text.out + text.err + json.out + json.err).hasMatch());
@@ -186,6 +222,29 @@ private Q_SLOTS:
                                   finding["what"].toString(), finding["advice"].toString()));
         QVERIFY2(!found.filter(row[4]).isEmpty(), qPrintable(found.join('\n')));
         QVERIFY(!run.out.contains("s-3cret") && !run.err.contains("s-3cret"));
+    }
+
+    void failsWhereNothingCanBeWritten()
+    {
+        QProcess process;
+        process.setStandardOutputFile("/dev/full");
+        for (const char *command : {"--help", "errors", "completion bash", "--json manual"}) {
+            process.start(PASSPORTCTL, QString(command).split(' '));
+            QVERIFY(process.waitForFinished() && process.exitCode() == 4);
+            QCOMPARE(process.readAllStandardError().count("standard output: No space left"), 1);
+        }
+    }
+
+    void showsWhatIsTypedAgainAfterCtrlC()
+    {
+        const int keyboard = posix_openpt(O_RDWR | O_NOCTTY);
+        QVERIFY(keyboard >= 0 && grantpt(keyboard) == 0 && unlockpt(keyboard) == 0);
+        TerminalProcess process(open(ptsname(keyboard), O_RDWR | O_NOCTTY));
+        process.start(PASSPORTCTL, in(dir, "sign-in " + user));
+        QTRY_VERIFY(!process.echoes());
+        QCOMPARE(write(keyboard, "\3", 1), ssize_t(1));
+        QVERIFY(process.waitForFinished() && process.exitStatus() == QProcess::CrashExit);
+        QVERIFY(process.echoes());
     }
 
     void speaksToTheEmulator()
