@@ -1,5 +1,7 @@
 #include "Command.h"
 
+#include <config/PassportDirectory_p.h>
+
 #include <QtCore/QFile>
 
 using namespace VelqorPassPort;
@@ -82,10 +84,15 @@ Exit Profile::run(Host &host)
 class RememberedAccount : public Command
 {
 public:
-    void declare(CLI::App &app) override { addFlag(app, "--forget", m_forgets, "Remove it"); }
+    void declare(CLI::App &app) override
+    {
+        addFlag(app, "--forget", m_forgets, "Remove it, with its password");
+    }
     Exit run(Host &host) override;
 
 private:
+    static Exit forget(const Host &host, const QString &name);
+
     bool m_forgets = false;
 };
 
@@ -93,17 +100,14 @@ Exit RememberedAccount::run(Host &host)
 {
     if (const auto end = host.initialize(PassportDir::Needed))
         return *end;
-    const QString path = host.passportDir() + QStringLiteral("/config/account.json");
-    if (m_forgets && QFile::exists(path) && !QFile::remove(path))
-        return host.output().failure(Exit::Configuration,
-                                     path + QStringLiteral(": cannot be removed"));
-
     const QJsonObject account = host.passport().getAccountInfo();
     const QString name = account.value(QStringLiteral("name")).toString();
-    const bool hasPassword = account.contains(QStringLiteral("password"));
+    if (m_forgets)
+        return forget(host, name);
     if (name.isEmpty())
         return host.output().success(QStringLiteral("No account is remembered"), {},
                                      {{QStringLiteral("remembered"), false}});
+    const bool hasPassword = account.contains(QStringLiteral("password"));
     return host.output().success(
         QStringLiteral("Remembered account"),
         {{QStringLiteral("name"), name},
@@ -114,11 +118,31 @@ Exit RememberedAccount::run(Host &host)
          {QStringLiteral("hasPassword"), hasPassword}});
 }
 
+Exit RememberedAccount::forget(const Host &host, const QString &name)
+{
+    QFile file(PassportDirectory(host.passportDir()).accountFile());
+    const bool isThere = file.exists();
+    if (isThere && !file.remove())
+        return host.output().failure(
+            Exit::Configuration, QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
+    const QString sentence =
+        !isThere ? QStringLiteral("No account was remembered")
+                 : QStringLiteral("Forgot %1, removed %2")
+                       .arg(name.isEmpty() ? QStringLiteral("nobody") : name, file.fileName());
+    return host.output().success(sentence, {},
+                                 {{QStringLiteral("remembered"), false},
+                                  {QStringLiteral("forgotten"), isThere},
+                                  {QStringLiteral("name"), name}});
+}
+
 } // namespace
 
 void addAccountCommands(Commands commands)
 {
-    commands.add<SignIn>("sign-in", "Sign in with a password");
-    commands.add<Profile>("profile", "Sign in and print the account's profile");
-    commands.add<RememberedAccount>("account", "Show the remembered account");
+    commands.add<SignIn>("sign-in", "Sign in with a password",
+                         "sign-in --environment local ada@example.com");
+    commands.add<Profile>("profile", "Sign in and print the account's profile",
+                          "--json profile ada@example.com");
+    commands.add<RememberedAccount>("account", "Show the remembered account",
+                                    "account --passport-dir passport-dir --forget");
 }

@@ -4,6 +4,7 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QSaveFile>
+#include <QtCore/QTemporaryFile>
 
 using namespace VelqorPassPort;
 
@@ -17,7 +18,7 @@ protected:
     void declareAccount(CLI::App &app)
     {
         addAccount(app, m_account);
-        addText(app, "-o,--output", m_picture, "File for the captcha's picture");
+        addFile(app, "-o,--output", m_picture, "File for the captcha's picture");
     }
     void declareSource(CLI::App &app)
     {
@@ -39,13 +40,16 @@ protected:
                                    QString &answer);
 
     Account m_account;
-    QString m_picture; ///< its file; empty: one of the system's temporary files
+    QString m_picture; ///< its file; empty: none that stays
     QString m_purpose = QStringLiteral("login");
     QString m_captcha; ///< the text in the picture
     QString m_code;
     bool m_remembers = false;
 
 private:
+    std::optional<Exit> askForCaptcha(Host &host);
+
+    QByteArray m_bytes; ///< of the picture
     bool m_fromEmulator = false;
 };
 
@@ -71,15 +75,28 @@ std::optional<Exit> CodeCommand::fetchCaptcha(Host &host)
     if (record.isError())
         return host.output().failure(QStringLiteral("captcha"), record);
 
-    if (m_picture.isEmpty())
-        m_picture = QDir::temp().filePath(QStringLiteral("passportctl-captcha.png"));
-    const QByteArray picture =
+    m_bytes =
         QByteArray::fromBase64(data.toMap().value(QStringLiteral("data")).toString().toLatin1());
+    if (m_picture.isEmpty())
+        return std::nullopt;
     QSaveFile file(m_picture);
-    if (!file.open(QIODevice::WriteOnly) || file.write(picture) != picture.size() || !file.commit())
+    if (!file.open(QIODevice::WriteOnly) || file.write(m_bytes) != m_bytes.size() || !file.commit())
         return host.output().failure(Exit::Configuration,
                                      QStringLiteral("%1: %2").arg(m_picture, file.errorString()));
     return std::nullopt;
+}
+
+std::optional<Exit> CodeCommand::askForCaptcha(Host &host)
+{
+    const QString question = QStringLiteral("Text in ");
+    if (!m_picture.isEmpty())
+        return ask(host, question + m_picture, false, m_captcha);
+    // For its owner alone, and gone with the answer.
+    QTemporaryFile file(QDir::temp().filePath(QStringLiteral("passportctl-XXXXXX.png")));
+    if (!file.open() || file.write(m_bytes) != m_bytes.size() || !file.flush())
+        return host.output().failure(
+            Exit::Configuration, QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
+    return ask(host, question + file.fileName(), false, m_captcha);
 }
 
 std::optional<Exit> CodeCommand::solveCaptcha(Host &host)
@@ -87,7 +104,7 @@ std::optional<Exit> CodeCommand::solveCaptcha(Host &host)
     if (const auto end = fetchCaptcha(host))
         return end;
     if (!m_fromEmulator)
-        return ask(host, QStringLiteral("Text in ") + m_picture, false, m_captcha);
+        return askForCaptcha(host);
     m_captcha = Emulator::captchaText(host);
     return std::nullopt;
 }
@@ -120,7 +137,7 @@ class Captcha : public CodeCommand
 public:
     void declare(CLI::App &app) override
     {
-        addRequiredText(app, "-o,--output", m_picture, "File for the picture");
+        addRequiredFile(app, "-o,--output", m_picture, "File for the picture");
         declareSource(app);
         declarePurpose(app);
     }
@@ -238,9 +255,12 @@ Exit ResetPassword::run(Host &host)
 
 void addCodeCommands(Commands commands)
 {
-    commands.add<Captcha>("captcha", "Fetch a captcha's picture");
-    commands.add<SendCode>("send-code", "Have a verification code sent");
-    commands.add<CodeSignIn>("code-sign-in", "Sign in with a verification code");
-    commands.add<Exists>("exists", "Ask whether an account exists");
-    commands.add<ResetPassword>("reset-password", "Set a new password with a verification code");
+    commands.add<Captcha>("captcha", "Fetch a captcha's picture", "captcha -o captcha.png");
+    commands.add<SendCode>("send-code", "Have a verification code sent",
+                           "send-code --phone-area 86 13800000001");
+    commands.add<CodeSignIn>("code-sign-in", "Sign in with a verification code",
+                             "code-sign-in ada@example.com");
+    commands.add<Exists>("exists", "Ask whether an account exists", "exists ada@example.com");
+    commands.add<ResetPassword>("reset-password", "Set a new password with a verification code",
+                                "reset-password ada@example.com");
 }

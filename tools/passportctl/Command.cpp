@@ -1,5 +1,7 @@
 #include "Command.h"
 
+#include "Nearest.h"
+
 #include <CLI/App.hpp>
 
 #include <string>
@@ -10,9 +12,16 @@ void Command::validate(const CLI::App &app) const
     Q_UNUSED(app)
 }
 
-Commands Commands::group(const char *name, const char *description) const
+CLI::App *Commands::addApp(const char *name, const char *description, const char *example) const
 {
     CLI::App *app = m_app.add_subcommand(name, description)->group(m_title);
+    return app->footer(*example == '\0' ? std::string()
+                                        : std::string("Example: passportctl ") + example);
+}
+
+Commands Commands::group(const char *name, const char *description, const char *example) const
+{
+    CLI::App *app = addApp(name, description, example);
     app->require_subcommand(1);
     return {*app, m_chosen};
 }
@@ -27,9 +36,7 @@ Commands Commands::titled(const char *title) const
 void Commands::add(const char *name, const char *description, const char *example,
                    std::shared_ptr<Command> command)
 {
-    CLI::App *app = m_app.add_subcommand(name, description)->group(m_title);
-    if (*example != '\0')
-        app->footer(std::string("Example: passportctl ") + example);
+    CLI::App *app = addApp(name, description, example);
     command->declare(*app);
     app->callback([app, command = std::move(command), &chosen = m_chosen] {
         command->validate(*app);
@@ -65,6 +72,31 @@ void addText(CLI::App &app, const char *name, QString &value, const char *descri
 void addRequiredText(CLI::App &app, const char *name, QString &value, const char *description)
 {
     addTextOption(app, name, value, description)->required();
+}
+
+void addFile(CLI::App &app, const char *name, QString &value, const char *description)
+{
+    addTextOption(app, name, value, description)->type_name("FILE");
+}
+
+void addRequiredFile(CLI::App &app, const char *name, QString &value, const char *description)
+{
+    addTextOption(app, name, value, description)->type_name("FILE")->required();
+}
+
+void addDirectory(CLI::App &app, const char *name, QString &value, const char *description)
+{
+    addTextOption(app, name, value, description)->type_name("DIR");
+}
+
+QString unknownCommand(const CLI::App &app, const QString &name)
+{
+    QStringList names;
+    for (const CLI::App *command : app.get_subcommands({}))
+        names.append(QString::fromStdString(command->get_name()));
+    const QString near = nearestName(name, names);
+    const QString problem = QStringLiteral("there is no command \"%1\"").arg(name);
+    return near.isEmpty() ? problem : problem + QStringLiteral("; did you mean \"%1\"?").arg(near);
 }
 
 void addAccount(CLI::App &app, Account &account)

@@ -46,12 +46,13 @@ public:
              std::shared_ptr<Command> command);
 
     /// A name under which further commands stand, such as "web".
-    Commands group(const char *name, const char *description) const;
+    Commands group(const char *name, const char *description, const char *example = "") const;
 
     /// The same place; what is added here is listed under `title`.
     Commands titled(const char *title) const;
 
 private:
+    CLI::App *addApp(const char *name, const char *description, const char *example) const;
     CLI::App &m_app;
     std::shared_ptr<Command> &m_chosen;
     const char *m_title = "Commands";
@@ -63,12 +64,19 @@ private:
 void addFlag(CLI::App &app, const char *name, bool &value, const char *description);
 void addText(CLI::App &app, const char *name, QString &value, const char *description);
 void addRequiredText(CLI::App &app, const char *name, QString &value, const char *description);
+void addFile(CLI::App &app, const char *name, QString &value, const char *description);
+void addRequiredFile(CLI::App &app, const char *name, QString &value, const char *description);
+void addDirectory(CLI::App &app, const char *name, QString &value, const char *description);
 
 /// Adds the argument and the option that say whose account it is.
 void addAccount(CLI::App &app, Account &account);
 
+/// That there is no such command at this place, with the one that was probably meant.
+QString unknownCommand(const CLI::App &app, const QString &name);
+
 // Each adds the commands of one source.
 
+void addAboutCommands(Commands commands);      ///< help, manual, completion
 void addAccountCommands(Commands commands);    ///< sign-in, profile, account
 void addErrorCommands(Commands commands);      ///< errors
 void addDiagnosisCommands(Commands commands);  ///< status, config, doctor

@@ -57,8 +57,8 @@ class Doctor : public Command
 public:
     void declare(CLI::App &app) override
     {
-        addText(app, "--application-dir", m_applicationDir,
-                "Directory of the host's program, below which the hub's lies");
+        addDirectory(app, "--application-dir", m_applicationDir,
+                     "Directory of the host's program, below which the hub's lies");
     }
     Exit run(Host &host) override;
 
@@ -95,7 +95,10 @@ Exit Doctor::run(Host &host)
 
 void addDiagnosisCommands(Commands commands)
 {
-    commands.add<Status>("status", "Ask the account service whether it is there");
-    commands.add<Config>("config", "Check and print the cloud configuration");
-    commands.add<Doctor>("doctor", "Look at everything that a sign-in needs");
+    commands.add<Status>("status", "Ask the account service whether it is there",
+                         "status --cloud https://account.example.com/v1");
+    commands.add<Config>("config", "Check and print the cloud configuration",
+                         "config --config cloud.json");
+    commands.add<Doctor>("doctor", "Look at everything that a sign-in needs",
+                         "doctor --config cloud.json --passport-dir passport-dir");
 }

@@ -70,7 +70,7 @@ QStringList wordsThatArriveAs(const ErrorEntry &code)
 QJsonObject objectOf(const ErrorEntry &entry)
 {
     const QJsonObject text{{QStringLiteral("en"), entry.english},
-                           {QStringLiteral("zh-cn"), entry.chinese}};
+                           {QStringLiteral("zhCn"), entry.chinese}};
     return {
         {QStringLiteral("name"), entry.name},
         {QStringLiteral("kind"), isWord(entry) ? QStringLiteral("word") : QStringLiteral("code")},
@@ -151,5 +151,6 @@ Exit Errors::run(Host &host)
 
 void addErrorCommands(Commands commands)
 {
-    commands.add<Errors>("errors", "Explain error codes and the service's words");
+    commands.add<Errors>("errors", "Explain error codes and the service's words",
+                         "errors 0x05070101");
 }

@@ -79,6 +79,12 @@ bool Files::write(const std::string &bytes)
                       : m_standardOutput.write(bytes.data(), size)) == size;
 }
 
+QString Files::writeError() const
+{
+    return QStringLiteral("%1: %2").arg(
+        m_isNamed ? m_file.fileName() : QStringLiteral("standard output"), out().errorString());
+}
+
 bool Files::commit()
 {
     return m_isNamed ? m_file.commit() : m_standardOutput.flush();

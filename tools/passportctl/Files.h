@@ -25,7 +25,8 @@ public:
 
     bool write(const std::string &bytes);
     bool commit();
-    QString writeError() const { return out().errorString(); }
+    /// Where it could not be written, and why.
+    QString writeError() const;
 
     const QString &problem() const { return m_problem; }
     bool writesNamedFile() const { return m_isNamed; }

@@ -20,8 +20,8 @@ class ProtectionCommand : public Command
 public:
     void declare(CLI::App &app) override
     {
-        addText(app, "file", m_input, "File to read; standard input without it");
-        addText(app, "-o,--output", m_output, "File to write; standard output without it");
+        addFile(app, "file", m_input, "File to read; standard input without it");
+        addFile(app, "-o,--output", m_output, "File to write; standard output without it");
     }
     void validate(const CLI::App &app) const override
     {
@@ -43,8 +43,7 @@ protected:
 
     static Exit failWriting(Host &host, Files &files)
     {
-        return host.output().failure(Exit::Configuration,
-                                     QStringLiteral("cannot write: ") + files.writeError());
+        return host.output().failure(Exit::Configuration, files.writeError());
     }
 
 private:
@@ -62,9 +61,7 @@ Exit ProtectionCommand::run(Host &host)
     if (const auto end = convert(host, files))
         return *end;
     if (!files.commit())
-        return host.output().failure(
-            Exit::Configuration,
-            QStringLiteral("cannot write %1: %2").arg(m_output, files.writeError()));
+        return failWriting(host, files);
     if (!files.writesNamedFile())
         return Exit::Success;
     return host.output().success(
@@ -161,6 +158,8 @@ std::optional<Exit> Unprotect::convert(Host &host, Files &files) const
 
 void addProtectionCommands(Commands commands)
 {
-    commands.add<Protect>("protect", "Protect a text or file (AES-128 and base64)");
-    commands.add<Unprotect>("unprotect", "Recover what was protected");
+    commands.add<Protect>("protect", "Protect a text or file (AES-128 and base64)",
+                          "protect secret.txt -o secret.protected");
+    commands.add<Unprotect>("unprotect", "Recover what was protected",
+                            "unprotect --strip secret.protected -o secret.txt");
 }

@@ -133,22 +133,25 @@ Exit Reachability::run(Host &host)
         return *end;
     const bool net = host.passport().hasNet();
     const bool service = host.passport().hasVelqorNet();
+    const QJsonObject data{{QStringLiteral("network"), net}, {QStringLiteral("service"), service}};
     const auto word = [](bool yes) { return yes ? QStringLiteral("yes") : QStringLiteral("no"); };
     if (!net || !service)
         return host.output().failure(
             Exit::Unreachable,
-            QStringLiteral("network %1, account service %2").arg(word(net), word(service)));
-    return host.output().success(
-        QStringLiteral("Network and account service can be reached"), {},
-        {{QStringLiteral("network"), net}, {QStringLiteral("service"), service}});
+            QStringLiteral("network %1, account service %2").arg(word(net), word(service)), data);
+    return host.output().success(QStringLiteral("Network and account service can be reached"), {},
+                                 data);
 }
 
 } // namespace
 
 void addServiceCommands(Commands commands)
 {
-    commands.add<Countries>("countries", "List countries with their calling codes");
-    commands.add<Country>("country", "Show the country of this machine's address");
-    commands.add<Privacy>("privacy", "Print the privacy policy");
-    commands.add<Reachability>("net", "Ask whether network and service can be reached");
+    commands.add<Countries>("countries", "List countries with their calling codes",
+                            "countries +49");
+    commands.add<Country>("country", "Show the country of this machine's address", "country");
+    commands.add<Privacy>("privacy", "Print the privacy policy",
+                          "privacy --passport-dir passport-dir --language zh-cn");
+    commands.add<Reachability>("net", "Ask whether network and service can be reached",
+                               "net --passport-dir passport-dir");
 }

@@ -247,10 +247,16 @@ private:
 
 void addWebCommands(Commands commands)
 {
-    Commands web = commands.group("web", "Show a page of the account service");
-    web.add<WebSignIn>("sign-in", "Sign in");
-    web.add<WebSignUp>("sign-up", "Create an account");
-    web.add<WebForgotten>("forgotten", "Set a new password");
-    web.add<WebAddInfo>("add-info", "Complete an account");
-    web.add<WebOpen>("open", "Show any page");
+    Commands web = commands.group("web", "Show a page of the account service",
+                                  "web sign-in --passport-dir passport-dir");
+    web.add<WebSignIn>("sign-in", "Sign in",
+                       "web sign-in --passport-dir passport-dir --text zh-cn");
+    web.add<WebSignUp>("sign-up", "Create an account",
+                       "web sign-up --passport-dir passport-dir --close");
+    web.add<WebForgotten>("forgotten", "Set a new password",
+                          "web forgotten --passport-dir passport-dir");
+    web.add<WebAddInfo>("add-info", "Complete an account",
+                        "web add-info --passport-dir passport-dir ada@example.com");
+    web.add<WebOpen>("open", "Show any page",
+                     "web open --passport-dir passport-dir https://www.example.com");
 }

@@ -78,7 +78,9 @@ QString MemberCheck::origin(const QString &member) const
 {
     if (!m_options.address.isEmpty() && member.startsWith(environmentsName) &&
         member.endsWith(QStringLiteral(".cloud")))
-        return QStringLiteral("--cloud");
+        return m_options.address == qEnvironmentVariable("PASSPORT_CLOUD")
+                   ? QStringLiteral("PASSPORT_CLOUD")
+                   : QStringLiteral("--cloud");
     if (!m_options.environment.isEmpty() && member == QLatin1String("cloudEnvironment"))
         return QStringLiteral("--environment");
     if (m_options.configFile.isEmpty())

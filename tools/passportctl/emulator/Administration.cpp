@@ -243,8 +243,8 @@ Exit Administration::show(const Output &output, const QJsonValue &result) const
 
 void addAdministrationCommands(Commands commands)
 {
-    const Commands emulator =
-        commands.group("emulator", "Look into a passport-emulator and change it");
+    const Commands emulator = commands.group(
+        "emulator", "Look into a passport-emulator and change it", "emulator accounts list");
     std::map<std::string, Commands> groups{{"", emulator}};
     for (const Call &call : calls) {
         auto group = groups.find(call.group);
