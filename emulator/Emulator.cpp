@@ -7,11 +7,8 @@
 
 #include <QtCore/QElapsedTimer>
 #include <QtCore/QJsonObject>
-#include <QtCore/QStringList>
 #include <QtCore/QTextStream>
-#include <QtCore/QUrl>
 
-#include <algorithm>
 #include <utility>
 
 namespace {
@@ -25,18 +22,13 @@ bool isForPages(const Request &request)
            request.path.startsWith(consolePath);
 }
 
-// Any web page in the developer's browser can send requests here, and read the answers when its
-// host name is made to resolve to the loopback address. These headers tell where a page is from.
-void requireLocalCaller(const Request &request)
+QString lineOf(const RequestLog::Entry &entry)
 {
-    const QStringList hosts = request.headerValues(QStringLiteral("Host"));
-    if (!std::all_of(hosts.begin(), hosts.end(), isLoopbackAuthority))
-        throw Refusal(403, QStringLiteral("the Host header does not name a loopback address"));
-    const QStringList origins = request.headerValues(QStringLiteral("Origin"));
-    for (const QString &origin : origins) {
-        if (!isLoopbackAuthority(QUrl(origin).authority()))
-            throw Refusal(403, QStringLiteral("the Origin header names a foreign web page"));
-    }
+    const QString outcome =
+        entry.answer.word.isEmpty() ? QString::number(entry.answer.httpStatus) : entry.answer.word;
+    return QStringLiteral("%1 %2 %3 %4 ms")
+        .arg(entry.time, entry.name.isEmpty() ? entry.request.path : entry.name, outcome)
+        .arg(entry.durationMs);
 }
 
 void printLine(const QString &line)
@@ -92,7 +84,7 @@ void Emulator::addApiRoutes()
 Answer Emulator::answer(const Request &request)
 {
     try {
-        requireLocalCaller(request);
+        requireLocalCaller(request, isForPages(request));
     } catch (const Refusal &refusal) {
         return failAnswer(refusal.text(), refusal.httpStatus());
     }
@@ -142,6 +134,8 @@ Answer Emulator::answerApi(const Request &request)
     });
     const Answer answer = entry.answer;
     entry.durationMs = timer.elapsed() + answer.delivery.delay.count();
+    if (m_verbose)
+        printLine(lineOf(entry));
     m_log.add(std::move(entry));
     return answer;
 }

@@ -22,6 +22,9 @@ public:
 
     Answer answer(const Request &request);
 
+    /// Whether each API request is printed in a line: time, name, outcome, milliseconds.
+    void setVerbose(bool verbose) { m_verbose = verbose; }
+
 private:
     void addApiRoutes();
     Answer answerByTransaction(const std::function<Answer()> &function);
@@ -38,4 +41,5 @@ private:
     RequestLog m_log;
     Router m_api;
     DeveloperApi m_developer;
+    bool m_verbose = false;
 };

@@ -20,9 +20,16 @@ void wake(int)
     errno = savedErrno;
 }
 
+constexpr int signals_[] = {SIGINT, SIGTERM, SIGHUP};
+
+// Under nohup a hang-up is ignored from the start, and stays so.
 void handle(int signal, void (*handler)(int))
 {
     struct sigaction action = {};
+    ::sigaction(signal, nullptr, &action);
+    if (signal == SIGHUP && action.sa_handler == SIG_IGN)
+        return;
+    action = {};
     action.sa_handler = handler;
     action.sa_flags = SA_RESTART;
     ::sigaction(signal, &action, nullptr);
@@ -41,14 +48,14 @@ TerminationSignals::TerminationSignals(QObject *parent) : QObject(parent)
     wakeDescriptor = m_pipe[1];
     m_notifier = std::make_unique<QSocketNotifier>(m_pipe[0], QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &TerminationSignals::drain);
-    handle(SIGINT, wake);
-    handle(SIGTERM, wake);
+    for (const int signal : signals_)
+        handle(signal, wake);
 }
 
 TerminationSignals::~TerminationSignals()
 {
-    handle(SIGINT, SIG_DFL);
-    handle(SIGTERM, SIG_DFL);
+    for (const int signal : signals_)
+        handle(signal, SIG_DFL);
     m_notifier.reset();
     for (const int descriptor : m_pipe)
         ::close(descriptor);

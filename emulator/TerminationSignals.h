@@ -6,9 +6,9 @@
 #include <array>
 #include <memory>
 
-/// Turns SIGINT and SIGTERM into a Qt signal on the thread that created the object.
+/// Turns SIGINT, SIGTERM and SIGHUP into a Qt signal on the thread that created the object.
 ///
-/// One object at a time. From construction on neither signal ends the process by itself.
+/// One object at a time. From construction on none of them ends the process by itself.
 class TerminationSignals : public QObject
 {
     Q_OBJECT

@@ -12,6 +12,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <cstdio>
 #include <exception>
 #include <string>
 
@@ -26,6 +28,7 @@ struct Options
     std::string data = ":memory:";
     std::string seed;
     std::string readyFile;
+    bool verbose = false;
 };
 
 // Ends the program with a message; carries the exit code from where the failure is to main().
@@ -52,7 +55,9 @@ std::string complaintAboutPort(const std::string &port)
 void declare(CLI::App &app, Options &options)
 {
     app.set_version_flag("-v,--version", "passport-emulator " PASSPORT_VERSION);
-    app.footer("Exit codes: 0 ended by a signal, 1 it cannot serve, 2 wrong options or seed.");
+    app.footer("At its address: /v1 the account API, / the developer's console, /web/sign-in and\n"
+               "further pages, /_dev/ the developer's calls, which /_dev/openapi.json describes.\n"
+               "Exit codes: 0 ended by a signal, 1 it cannot serve, 2 wrong options or seed.");
     app.add_option("--host", options.host, "Loopback address")
         ->check(complaintAboutHost)
         ->type_name("ADDRESS")
@@ -64,10 +69,11 @@ void declare(CLI::App &app, Options &options)
     app.add_option("--data", options.data, "Where accounts are kept")
         ->type_name("FILE")
         ->capture_default_str();
-    app.add_option("--seed", options.seed, "Accounts of a new data file, as JSON")
-        ->type_name("FILE");
+    app.add_option("--seed", options.seed, "Accounts and settings of a new data file, as JSON")
+        ->type_name("FILE=built-in accounts");
     app.add_option("--ready-file", options.readyFile, "Written with the address once it is served")
         ->type_name("FILE");
+    app.add_flag("--verbose", options.verbose, "Print a line for each API request");
 }
 
 QString origin(const QHostAddress &host, int port)
@@ -78,18 +84,59 @@ QString origin(const QHostAddress &host, int port)
         .arg(port);
 }
 
-void announce(const QString &address, const QString &pages, const Store::Accounts &accounts)
+// In columns of a terminal, where characters of East Asia take two.
+int widthOf(const QString &text)
+{
+    int width = 0;
+    for (const uint character : text.toUcs4()) {
+        const bool wide = (character >= 0x1100 && character <= 0x115F) ||
+                          (character >= 0x2E80 && character <= 0xA4CF) ||
+                          (character >= 0xAC00 && character <= 0xD7A3) ||
+                          (character >= 0xF900 && character <= 0xFAFF) ||
+                          (character >= 0xFE30 && character <= 0xFE6F) ||
+                          (character >= 0xFF00 && character <= 0xFF60) ||
+                          (character >= 0x20000 && character <= 0x3FFFD);
+        if (QChar::category(character) != QChar::Mark_NonSpacing)
+            width += wide ? 2 : 1;
+    }
+    return width;
+}
+
+QString padded(const QString &text, int width)
+{
+    return text + QString(std::max(width - widthOf(text), 0), QLatin1Char(' '));
+}
+
+void announce(const QString &origin, const Store::Accounts &accounts)
 {
     QTextStream out(stdout);
     out.setCodec("UTF-8");
-    out << "passport-emulator: " << address << "\nweb pages: " << pages << "\n\n";
-    const auto row = [&](const QString &name, const QString &area, const QString &note) {
-        out << "  " << name.leftJustified(24) << area.leftJustified(8) << note << '\n';
+    out << "service  " << origin << "/v1\nconsole  " << origin << "/\n\n";
+    const auto row = [&](const QString &name, const QString &password, const QString &note) {
+        out << "  " << padded(name, 20) << padded(password, 18) << note << '\n';
     };
-    row(QStringLiteral("user name"), QStringLiteral("area"), QStringLiteral("note"));
-    for (const Account &account : accounts)
-        row(account.userName, account.phoneArea, account.note);
-    out << "\n  The passwords of the built-in accounts are in emulator/README.md.\n";
+    row(QStringLiteral("account"), QStringLiteral("password"), QStringLiteral("note"));
+    const Account *first = nullptr;
+    for (const Account &account : accounts) {
+        if (account.publicPassword.isEmpty())
+            continue;
+        first = first ? first : &account;
+        row(account.userName, account.publicPassword, account.note);
+    }
+    if (!first) {
+        out << "  " << accounts.size() << " of a seed or data file, with passwords of its own\n";
+        return;
+    }
+    out << "\n  echo '" << first->publicPassword << "' | passportctl --cloud " << origin
+        << "/v1 sign-in " << first->userName << '\n';
+}
+
+// A data file that is there keeps its accounts; whoever starts the program again by the same line
+// has meant that.
+void sayThatSeedIsForLater(const Options &options)
+{
+    std::printf("seed %s waits for a reset: data file %s has accounts already\n",
+                options.seed.c_str(), options.data.c_str());
 }
 
 // A reader never sees half of the file: it is written aside and renamed, which would also replace a
@@ -115,8 +162,13 @@ void serve(const Options &options)
     const int wantedPort = QString::fromStdString(options.port).toInt();
     const QString readyFile = QFile::decodeName(options.readyFile.c_str());
     const Seed seed(QFile::decodeName(options.seed.c_str()));
-    Store store(QFile::decodeName(options.data.c_str()), [&] { return seed.contents(); });
+    bool isNew = false;
+    Store store(QFile::decodeName(options.data.c_str()), [&] {
+        isNew = true;
+        return seed.contents();
+    });
     Emulator emulator(store, seed);
+    emulator.setVerbose(options.verbose);
     HttpServer server([&](const Request &request) { return emulator.answer(request); });
     const TerminationSignals signals_;
     QObject::connect(&signals_, &TerminationSignals::received, &server, &HttpServer::stop);
@@ -130,7 +182,10 @@ void serve(const Options &options)
                                        .arg(wantedPort)};
     }
     const QString address = origin(host, port) + QStringLiteral("/v1");
-    announce(address, origin(host, port) + QStringLiteral("/web/sign-in"), store.accounts());
+    announce(origin(host, port), store.accounts());
+    if (!options.seed.empty() && !isNew)
+        sayThatSeedIsForLater(options);
+    std::fflush(stdout);
     if (!readyFile.isEmpty())
         writeReadyFile(readyFile, address);
     QCoreApplication::exec();

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "http/Request.h"
+
 #include <QtCore/QString>
 #include <QtNetwork/QHostAddress>
 
@@ -7,5 +9,7 @@
 /// "::1". Null for anything else; names are not looked up, since a name server could lie.
 QHostAddress loopbackAddress(const QString &host);
 
-/// Whether "host", "host:port" or "[address]:port" names this machine's loopback.
-bool isLoopbackAuthority(const QString &authority);
+/// Throws Refusal(403) for a request that may come from a web page elsewhere: one whose Host or
+/// Origin header names another machine or nothing, and one that a browser calls cross-site, unless
+/// that leads a person to a page of ours.
+void requireLocalCaller(const Request &request, bool isForPage);

@@ -87,19 +87,41 @@ private Q_SLOTS:
         row("other loopback address", "Host: 127.8.8.8", 200);
         row("name", "Host: LocalHost:1", 200);
         row("version 6", "Host: [::1]:8787", 200);
+        row("empty", "Host:", 403);
         row("like ours", "Host: localhost.evil.example", 403);
         row("with a user", "Host: evil.example@localhost", 403);
         row("foreign address", "Host: 192.0.2.1", 403);
         row("page of ours", "Origin: http://127.0.0.1:8787", 200);
         row("foreign page", "Origin: https://evil.example", 403);
         row("page of no origin", "Origin: null", 403);
+        row("page of another port", "Sec-Fetch-Site: same-site", 200);
+        row("foreign picture", "Sec-Fetch-Site: cross-site", 403);
+        row("foreign link", "Sec-Fetch-Site: cross-site\r\nSec-Fetch-Mode: navigate", 403);
     }
 
     void refusesCallersFromElsewhere()
     {
         QFETCH(QByteArray, header);
-        QTEST(m_emulator.http("GET", "/v1/status", {}, {header}).httpStatus, "code");
-        QTEST(m_emulator.http("GET", "/_dev/requests", {}, {header}).httpStatus, "code");
+        QFETCH(int, code);
+        for (const char *target : {"/v1/status", "/_dev/requests", "/web/sign-in"}) {
+            const bool leadsToPage = header.endsWith("navigate") && target[1] == 'w';
+            QCOMPARE(m_emulator.http("GET", target, {}, {header}).httpStatus,
+                     leadsToPage ? 200 : code);
+        }
+    }
+
+    void takesOnlyJson_data()
+    {
+        const auto row = columns<QByteArray, int>("type", "code");
+        row("none", "Accept: */*", 415);
+        row("of a form", "Content-Type: text/plain", 415);
+        row("JSON", "content-type: Application/JSON; charset=utf-8", 200);
+    }
+
+    void takesOnlyJson()
+    {
+        QFETCH(QByteArray, type);
+        QTEST(m_emulator.http("POST", "/_dev/reset", "{}", {type}).httpStatus, "code");
     }
 
     void countsFaultsDown()

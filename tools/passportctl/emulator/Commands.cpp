@@ -1,4 +1,5 @@
 #include "../Command.h"
+#include "Administration.h"
 #include "Emulator.h"
 
 #include <QtCore/QJsonArray>
@@ -92,4 +93,5 @@ void addEmulatorCommands(Commands commands)
 {
     commands.add<Fault>("fault", "Have a passport-emulator spoil answers");
     commands.add<Inbox>("inbox", "Show the codes that a passport-emulator sent");
+    addAdministrationCommands(commands);
 }

@@ -1,0 +1,197 @@
+#include "support/AccountClient.h"
+#include "support/Rows.h"
+
+#include <QtCore/QJsonDocument>
+
+using VelqorPassPort::Testing::Emulator;
+
+namespace {
+
+const QString ada = "ada@example.com", adasPassword = "correct horse 1";
+
+} // namespace
+
+/// What a developer sees and changes while a client runs.
+class DeveloperTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_emulator.start()); }
+    void cleanupTestCase() { QVERIFY(m_emulator.stop()); }
+    void init() { QVERIFY(m_emulator.reset()); }
+
+    void describesItsCalls()
+    {
+        const auto file = m_emulator.http("GET", "/_dev/openapi.json").json();
+        QSet<QString> described, served;
+        const QJsonObject paths = file["paths"].toObject();
+        for (const QString &path : paths.keys()) {
+            for (const QString &method : paths[path].toObject().keys()) {
+                if (method != "parameters")
+                    described << method.toUpper() + " /_dev" + path.section('{', 0, 0);
+            }
+        }
+        const QString known = AccountClient::word(m_emulator.http("GET", "/_dev/"));
+        for (const QString &route : known.section("known are ", 1).split(", "))
+            served << route;
+        QCOMPARE(described, served);
+    }
+
+    void keepsSessionsWhenAccountsChange()
+    {
+        const QString token = AccountClient::token(m_client.logIn(ada, adasPassword));
+        const auto account = [this] { return m_emulator.devGet("accounts/10001").toObject(); };
+        QCOMPARE(account()["password"].toString(), adasPassword);
+        QCOMPARE(account()["sessions"].toInt(), 1);
+        m_emulator.devPatch("accounts/10001", {{"username", "Ada"}, {"password", "new"}});
+        QVERIFY(account()["builtIn"].toBool() && !account().contains("password"));
+        QCOMPARE(logIn(ada, adasPassword), "pwdErr");
+        QCOMPARE(logIn("Ada", "new"), "ok");
+        m_emulator.devPatch("accounts/10001", {{"locked", true}});
+        QCOMPARE(logIn("Ada", "new"), "illegalErr");
+        QCOMPARE(AccountClient::word(m_client.profile(token, "10001")), "ok");
+
+        const QJsonArray sessions = m_emulator.devGet("sessions").toArray();
+        QCOMPARE(sessions.size(), 2);
+        QCOMPARE(sessions[1].toObject()["username"].toString(), "Ada");
+        m_emulator.devDelete(QString("sessions/%1").arg(sessions[1].toObject()["id"].toInt()));
+        QCOMPARE(AccountClient::word(m_client.profile(token, "10001")), "authErr");
+        QCOMPARE(m_emulator.devGet("sessions").toArray(), QJsonArray{sessions[0]});
+    }
+
+    void removesAccountsForGood()
+    {
+        const auto add = [this] {
+            return m_emulator.devPost("accounts", {{"username", "new"}, {"password", "secret"}})
+                .toObject()["user_id"]
+                .toInt();
+        };
+        const int first = add();
+        QVERIFY(!m_emulator.devGet(QString("accounts/%1").arg(first))["builtIn"].toBool());
+        const QString token = AccountClient::token(m_client.logIn("new", "secret"));
+        m_emulator.devDelete(QString("accounts/%1").arg(first));
+        QCOMPARE(add(), first + 1);
+        for (int id : {first, first + 1}) {
+            QCOMPARE(AccountClient::word(m_client.profile(token, QByteArray::number(id))),
+                     "authErr");
+        }
+    }
+
+    void refusesChanges_data()
+    {
+        const auto row =
+            columns<QByteArray, QByteArray, QByteArray, int>("method", "path", "body", "code");
+        const QByteArray one = "accounts/10001";
+        row("name of another", "PATCH", one, R"({"phone":"carol@example.com"})", 409);
+        row("name twice", "POST", "accounts", R"({"username":"李明","password":"x"})", 409);
+        row("no password", "POST", "accounts", R"({"username":"a"})", 400);
+        row("empty password", "PATCH", one, R"({"password":""})", 400);
+        row("endless hash", "PATCH", one, R"({"passwordHash":"pbkdf2-sha256$999999999$AA==$x"})",
+            400);
+        row("nobody", "DELETE", "accounts/10001/10001", {}, 404);
+        row("no country", "POST", "settings", R"({"country":"ZZ"})", 400);
+        row("long code", "POST", "settings", R"({"fixedCode":"1234567"})", 400);
+        row("time runs back", "POST", "clock", R"({"advanceSeconds":-1})", 400);
+        row("seed of one name twice", "POST", "import",
+            R"({"accounts":[{"username":"a","password":"b"},{"username":"a","password":"b"}]})",
+            400);
+        row("seed of bad settings", "POST", "import", R"({"accounts":[],"settings":{"x":1}})", 400);
+    }
+
+    void refusesChanges()
+    {
+        QFETCH(QByteArray, method);
+        QFETCH(QByteArray, path);
+        QFETCH(QByteArray, body);
+        const QJsonValue before = m_emulator.devGet("export");
+        const auto reply =
+            m_emulator.http(method, "/_dev/" + path, body, {"Content-Type: application/json"});
+        QTEST(reply.httpStatus, "code");
+        QCOMPARE(m_emulator.devGet("export"), before);
+    }
+
+    void locksOut()
+    {
+        m_emulator.setSettings({{"lockOutTries", 2}, {"lockOutSeconds", 60}});
+        QCOMPARE(logIn(ada, "?"), "pwdErr");
+        QCOMPARE(logIn(ada, adasPassword), "ok"); // the row begins anew
+        for (int i : {0, 1})
+            QCOMPARE(logIn(ada, QString::number(i)), "pwdErr");
+        QCOMPARE(logIn(ada, adasPassword), "illegalErr");
+        m_emulator.devPost("clock", {{"advanceSeconds", 60}});
+        QCOMPARE(logIn(ada, adasPassword), "ok");
+    }
+
+    void letsTimePass()
+    {
+        m_emulator.setSettings({{"sessionLifetimeSeconds", 100},
+                                {"captchaLifetimeSeconds", 200},
+                                {"codeLifetimeSeconds", 300},
+                                {"codeIntervalSeconds", 0},
+                                {"fixedCode", "012345"},
+                                {"fixedCaptcha", "Abc"}});
+        const QString token = AccountClient::token(m_client.logIn(ada, adasPassword));
+        m_client.sentCode("login", ada);
+        const QJsonObject fields = m_client.sentCode("login", ada);
+        QCOMPARE(fields["validCode"].toString() + fields["captcha"].toString(), "012345Abc");
+        QStringList seen;
+        for (int i = 0; i < 3; ++i) {
+            m_emulator.devPost("clock", {{"advanceSeconds", 100}});
+            seen << AccountClient::word(m_client.profile(token, "10001"))
+                 << m_emulator.devGet("captchas")[0]["state"].toString()
+                 << m_emulator.inbox()[1].toObject()["state"].toString();
+        }
+        QCOMPARE(seen.join(' '),
+                 "authErr valid valid authErr expired valid authErr expired expired");
+        QCOMPARE(m_emulator.inbox()[0].toObject()["state"].toString(), "replaced");
+        m_emulator.devDelete("clock");
+        QCOMPARE(m_emulator.devGet("clock")["aheadSeconds"].toInt(), 0);
+        QCOMPARE(AccountClient::word(m_client.post("code-login", fields)), "ok");
+        QCOMPARE(m_emulator.inbox()[1].toObject()["state"].toString(), "spent");
+    }
+
+    void recordsWhatWasAnswered()
+    {
+        m_emulator.addFault({{"request", "status"}, {"kind", "httpStatus"}, {"code", 503}});
+        const int before = m_emulator.devGet("faults")[0]["id"].toInt();
+        logIn(ada, "?");
+        m_emulator.http("GET", "/v1/status");
+        const QJsonArray requests = m_emulator.requests();
+        const auto of = [&](int i) { return requests[i].toObject(); };
+        QCOMPARE(of(0)["word"].toString() + of(0)["fault"].toString(), "pwdErr");
+        QCOMPARE(of(0)["answer"].toObject()["body"].toObject()["result"].toString(), "pwdErr");
+        QCOMPARE(of(1)["httpStatus"].toInt(), 503);
+        QCOMPARE(of(1)["fault"].toString(), "httpStatus");
+        QCOMPARE(m_emulator.devGet(QString("requests?after=%1").arg(of(0)["id"].toInt())).toArray(),
+                 QJsonArray{requests[1]});
+        m_emulator.devDelete(QString("faults/%1").arg(before));
+        QCOMPARE(m_emulator.devGet("faults").toArray(), QJsonArray());
+    }
+
+    void goesOnFromItsExport()
+    {
+        m_emulator.devPost("accounts", {{"username", "new"}, {"password", "secret"}});
+        m_emulator.setSettings({{"country", "DE"}, {"codeLifetimeSeconds", 7}});
+        const QJsonObject seed = m_emulator.devGet("export").toObject();
+        m_emulator.reset();
+        m_client.logIn(ada, adasPassword);
+        QVERIFY(!m_emulator.devPost("import", seed).isUndefined());
+        QCOMPARE(m_emulator.devGet("settings"), seed["settings"]);
+        QCOMPARE(m_emulator.devGet("sessions").toArray(), QJsonArray());
+        QCOMPARE(logIn(ada, adasPassword), "ok");
+        QCOMPARE(logIn("new", "secret"), "ok");
+    }
+
+private:
+    QString logIn(const QString &user, const QString &password) const
+    {
+        return AccountClient::word(m_client.logIn(user, password));
+    }
+
+    Emulator m_emulator;
+    const AccountClient m_client{m_emulator};
+};
+
+QTEST_GUILESS_MAIN(DeveloperTest)
+#include "tst_developer.moc"

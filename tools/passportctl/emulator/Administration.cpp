@@ -1,0 +1,277 @@
+#include "Administration.h"
+
+#include <QtCore/QEventLoop>
+#include <QtCore/QFile>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QUrl>
+#include <QtNetwork/QNetworkAccessManager>
+#include <QtNetwork/QNetworkProxy>
+#include <QtNetwork/QNetworkReply>
+
+#include <chrono>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace {
+
+enum class Body {
+    None,
+    Json, ///< the argument "json"; "-" reads standard input, so that no password is on a command
+          ///< line
+    File  ///< what the argument "file" names; "-" as above
+};
+
+/// A command that is one of the emulator's calls.
+struct Call
+{
+    const char *group; ///< empty: it stands alone
+    const char *name;
+    const char *description;
+    const char *method;
+    const char *path;     ///< below /_dev/; ending in "/": the argument follows
+    const char *argument; ///< empty: none
+    Body body;
+    const char *fixedBody; ///< sent where `body` is None; %1: the argument
+    const char *columns;   ///< of a list's lines
+};
+
+constexpr Call calls[] = {
+    {"accounts", "list", "List the accounts", "GET", "accounts", "", Body::None, "",
+     "user_id username email phone note"},
+    {"accounts", "add", "Add an account, an object like those of a seed", "POST", "accounts", "",
+     Body::Json, "", ""},
+    {"accounts", "edit", "Change members of an account; ends no session", "PATCH", "accounts/",
+     "account", Body::Json, "", ""},
+    {"accounts", "lock", "Lock an account", "PATCH", "accounts/", "account", Body::None,
+     R"({"locked":true})", ""},
+    {"accounts", "unlock", "Unlock an account, also one that wrong passwords locked out", "PATCH",
+     "accounts/", "account", Body::None, R"({"locked":false})", ""},
+    {"accounts", "delete", "Delete an account and its sessions", "DELETE", "accounts/", "account",
+     Body::None, "", ""},
+    {"sessions", "list", "List the sessions, the newest first", "GET", "sessions", "", Body::None,
+     "", "id username at ip expires"},
+    {"sessions", "end", "End a session", "DELETE", "sessions/", "id", Body::None, "", ""},
+    {"sessions", "clear", "End all sessions", "DELETE", "sessions", "", Body::None, "", ""},
+    {"requests", "list", "List the recorded requests", "GET", "requests", "", Body::None, "",
+     "id time name httpStatus word durationMs fault"},
+    {"requests", "clear", "Forget the recorded requests", "DELETE", "requests", "", Body::None, "",
+     ""},
+    {"faults", "list", "List the faults in force", "GET", "faults", "", Body::None, "",
+     "id request kind times"},
+    {"faults", "add", "Add a fault, an object as in the emulator's manual", "POST", "faults", "",
+     Body::Json, "", ""},
+    {"faults", "end", "End a fault", "DELETE", "faults/", "id", Body::None, "", ""},
+    {"faults", "clear", "End all faults", "DELETE", "faults", "", Body::None, "", ""},
+    {"settings", "show", "Show the settings", "GET", "settings", "", Body::None, "", ""},
+    {"settings", "set", "Change settings, an object", "POST", "settings", "", Body::Json, "", ""},
+    {"clock", "show", "Show the emulator's time", "GET", "clock", "", Body::None, "", ""},
+    {"clock", "advance", "Move the clock forward", "POST", "clock", "seconds", Body::None,
+     R"({"advanceSeconds":%1})", ""},
+    {"clock", "back", "Set the clock back to the machine's", "DELETE", "clock", "", Body::None, "",
+     ""},
+    {"", "reset", "Start again with the first accounts", "POST", "reset", "", Body::None, "{}", ""},
+    {"", "export", "Print accounts and settings as a seed", "GET", "export", "", Body::None, "",
+     ""},
+    {"", "import", "Start again with the accounts of a seed", "POST", "import", "", Body::File, "",
+     ""},
+};
+
+QString textOf(const QJsonValue &value)
+{
+    return value.isObject() || value.isArray()
+               ? QString::fromUtf8(
+                     value.isObject()
+                         ? QJsonDocument(value.toObject()).toJson(QJsonDocument::Compact)
+                         : QJsonDocument(value.toArray()).toJson(QJsonDocument::Compact))
+               : value.toVariant().toString();
+}
+
+Output::Rows rowsOf(const QJsonValue &result, const QString &columns)
+{
+    Output::Rows rows;
+    const QJsonObject object = result.toObject();
+    for (auto member = object.begin(); member != object.end(); ++member)
+        rows.append({member.key(), textOf(*member)});
+    const QStringList names = columns.split(QLatin1Char(' '));
+    const QJsonArray list = result.toArray();
+    for (const QJsonValue &line : list) {
+        QStringList cells;
+        for (const QString &name : names) {
+            const QString cell = textOf(line[name]);
+            if (!cell.isEmpty())
+                cells.append(cell);
+        }
+        const QString first = cells.takeFirst();
+        rows.append({first, cells.join(QStringLiteral("  "))});
+    }
+    return rows;
+}
+
+class Administration : public Command
+{
+public:
+    explicit Administration(const Call &call) : m_call(call) {}
+
+    void declare(CLI::App &app) override;
+    Exit run(Host &host) override;
+
+private:
+    struct Reply
+    {
+        bool isThere = false;
+        bool ok = false;
+        QJsonValue result;
+    };
+
+    Reply send(Host &host, const QByteArray &method, const QString &path,
+               const QByteArray &body) const;
+    QString numberOfAccount(Host &host) const;
+    bool readBody(QByteArray &body) const;
+    Exit show(const Output &output, const QJsonValue &result) const;
+
+    const Call &m_call;
+    QString m_argument;
+    QString m_source; ///< JSON or a file
+};
+
+void Administration::declare(CLI::App &app)
+{
+    const QLatin1String argument(m_call.argument);
+    if (argument == QLatin1String("account"))
+        addRequiredText(app, "account", m_argument, "Number, user name, e-mail or phone");
+    else if (!argument.isEmpty())
+        addRequiredText(app, m_call.argument, m_argument, "A number");
+    if (m_call.body == Body::Json)
+        addRequiredText(app, "json", m_source, "JSON object; \"-\" reads it from standard input");
+    else if (m_call.body == Body::File)
+        addRequiredText(app, "file", m_source, "Seed; \"-\" reads it from standard input");
+}
+
+// Not by the library, whose call for addresses knows no DELETE or PATCH.
+Administration::Reply Administration::send(Host &host, const QByteArray &method,
+                                           const QString &path, const QByteArray &body) const
+{
+    constexpr int patienceMs = int(std::chrono::milliseconds(std::chrono::seconds(20)).count());
+    QNetworkAccessManager network;
+    network.setProxy(QNetworkProxy::NoProxy);
+    network.setTransferTimeout(patienceMs);
+    QNetworkRequest request(QUrl(host.address()).resolved(QUrl(QStringLiteral("/_dev/") + path)));
+    request.setHeader(QNetworkRequest::ContentTypeHeader, QStringLiteral("application/json"));
+    const std::unique_ptr<QNetworkReply> reply(network.sendCustomRequest(request, method, body));
+    QEventLoop loop;
+    QObject::connect(reply.get(), &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    if (!reply->isFinished())
+        loop.exec();
+    const QJsonObject answer = QJsonDocument::fromJson(reply->readAll()).object();
+    return {answer.contains(QStringLiteral("result")),
+            answer.value(QStringLiteral("status")) == QLatin1String("ok"),
+            answer.value(QStringLiteral("result"))};
+}
+
+// People know an account by its names, the emulator's calls by its number.
+QString Administration::numberOfAccount(Host &host) const
+{
+    const QJsonArray accounts = send(host, "GET", QStringLiteral("accounts"), {}).result.toArray();
+    for (const QJsonValue &account : accounts) {
+        for (const char *name : {"username", "email", "phone"}) {
+            if (account[QLatin1String(name)].toString() == m_argument)
+                return textOf(account[QLatin1String("user_id")]);
+        }
+    }
+    return m_argument;
+}
+
+bool Administration::readBody(QByteArray &body) const
+{
+    QFile file(m_source);
+    if (m_source == QLatin1String("-")) {
+        if (!file.open(stdin, QIODevice::ReadOnly))
+            return false;
+    } else if (m_call.body == Body::Json) {
+        body = m_source.toUtf8();
+        return true;
+    } else if (!file.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    body = file.readAll();
+    return true;
+}
+
+Exit Administration::run(Host &host)
+{
+    QByteArray body =
+        QString::fromLatin1(m_call.fixedBody).replace(QLatin1String("%1"), m_argument).toUtf8();
+    if (m_call.body != Body::None && !readBody(body)) {
+        return host.output().failure(Exit::Configuration,
+                                     QStringLiteral("%1 cannot be read").arg(m_source));
+    }
+    if (const auto end = host.prepare())
+        return *end;
+    QString path = QString::fromLatin1(m_call.path);
+    if (path.endsWith(QLatin1Char('/'))) {
+        const bool ofAccount = path == QLatin1String("accounts/");
+        path += QString::fromLatin1(
+            QUrl::toPercentEncoding(ofAccount ? numberOfAccount(host) : m_argument));
+    }
+    const Reply reply = send(host, m_call.method, path, body);
+    if (!reply.isThere) {
+        return host.output().failure(
+            Exit::Unreachable,
+            QStringLiteral("no passport-emulator answers at %1").arg(host.address()));
+    }
+    if (!reply.ok)
+        return host.output().failure(Exit::Refused, reply.result.toString());
+    return show(host.output(), reply.result);
+}
+
+Exit Administration::show(const Output &output, const QJsonValue &result) const
+{
+    const QJsonObject data{{QStringLiteral("result"), result}};
+    if (qstrcmp(m_call.name, "export") == 0) {
+        const QByteArray seed = QJsonDocument(result.toObject()).toJson();
+        return output.success(QString::fromUtf8(seed).trimmed(), {}, data);
+    }
+    const Output::Rows rows = rowsOf(result, QString::fromLatin1(m_call.columns));
+    return output.success(
+        result.isArray() ? QStringLiteral("%1 %2").arg(rows.size()).arg(QLatin1String(m_call.group))
+                         : QStringLiteral("Done"),
+        rows, data);
+}
+
+template <std::size_t row>
+class AdministrationOf : public Administration
+{
+public:
+    AdministrationOf() : Administration(calls[row]) {}
+};
+
+template <std::size_t row>
+void addRow(Commands emulator, std::optional<Commands> &group)
+{
+    const Call &call = calls[row];
+    const bool isFirst = row == 0 || qstrcmp(call.group, calls[row == 0 ? 0 : row - 1].group) != 0;
+    if (isFirst && *call.group == '\0')
+        group.emplace(emulator);
+    else if (isFirst)
+        group.emplace(
+            emulator.group(call.group, (std::string("The emulator's ") + call.group).c_str()));
+    group->add<AdministrationOf<row>>(call.name, call.description);
+}
+
+template <std::size_t... rows>
+void addRows(Commands emulator, std::index_sequence<rows...>)
+{
+    std::optional<Commands> group;
+    (addRow<rows>(emulator, group), ...);
+}
+
+} // namespace
+
+void addAdministrationCommands(Commands commands)
+{
+    addRows(commands.group("emulator", "Look into a passport-emulator and change it"),
+            std::make_index_sequence<std::size(calls)>());
+}
