@@ -108,7 +108,7 @@ async function endAll() {
 }
 
 const list = new Table(text('accounts'), [
-  [text('account.name'), 'grow'], [text('account.password')], [text('account.phone'), 'wide'],
+  [text('account.name'), 'grow'], [text('account.password'), 'password'], [text('account.phone'), 'phone wide'],
   [text('account.company'), 'wide'], [text('account.sessions'), 'number wide'],
   [text('account.last'), 'wide'], [text('actions'), 'end unseen-head'],
 ], (account) => account.user_id, makeAccountRow);
@@ -126,7 +126,7 @@ const endAllButton = button(text('sessions.end-all'), endAll, { class: 'small' }
 
 export const accounts = {
   build(section) {
-    const add = button(text('account.add'), () => edit(null), { id: 'add-account' });
+    const add = button(text('account.add'), () => edit(null), { id: 'add-account', class: 'small' });
     section.append(
       make('div', { class: 'heading' }, make('h2', {}, text('accounts')), add),
       list.table, noAccounts,

@@ -112,8 +112,14 @@ function makeKind({ kind, fields }) {
 }
 
 function showSwitches() {
-  for (const row of rows)
-    setAttribute(row.switch, 'aria-checked', String(inForce.some(isOn(row))));
+  for (const row of rows) {
+    const on = inForce.find(isOn(row));
+    setAttribute(row.switch, 'aria-checked', String(Boolean(on)));
+    for (const [name, input] of Object.entries(row.inputs)) {
+      input.disabled = Boolean(on);
+      if (on) input.value = on[name] === undefined ? '' : on[name];
+    }
+  }
   for (const option of requests.options) {
     const on = inForce.some(({ request }) => request === option.value);
     const name = requestName(option.value);

@@ -116,7 +116,7 @@ function makeRow(entry) {
 }
 
 const list = new Table(text('requests'), [
-  [text('request'), 'grow'], [text('request.answer'), 'chips'],
+  [text('request'), 'grow'], [text('request.answer'), 'outcome'],
   [text('request.duration'), 'number wide'], [text('request.size'), 'number wide'],
   [text('request.time'), 'number'],
 ], (entry) => entry.id, makeRow);
