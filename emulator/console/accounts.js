@@ -53,7 +53,7 @@ function makeAccountRow() {
   const marks = make('span', { class: 'chips' });
   const note = make('span', { class: 'under' });
   const password = cell();
-  const [phone, company, sessions, last] = [cell(), cell(), cell(), cell()];
+  const [phone, sessions, last] = [cell(), cell(), cell()];
   const lock = button('', () => lockOrUnlock(account), { class: 'small quiet' });
   const opener = button('', null, { class: 'opener' });
   opener.append(name);
@@ -63,13 +63,13 @@ function makeAccountRow() {
     if (same && !next.lockedOutUntil) return;
     account = next;
     setText(name, next.username);
-    setText(note, [next.nick_name, next.note].filter(Boolean).join(' · '));
+    const about = [next.nick_name, next.companyName, next.note];
+    setText(note, about.filter(Boolean).join(' · '));
     marks.replaceChildren(...badges(next));
     password.replaceChildren(next.password
       ? copyable(next.password, text('account.password.of', next.username))
       : make('span', { class: 'faint' }, text('account.password.kept')));
     setText(phone, phoneOf(next));
-    setText(company, next.companyName || '');
     setText(sessions, String(next.sessions));
     setText(lock, text(isLocked(next) ? 'unlock' : 'lock'));
     if (fields) fields.replaceChildren(...fieldsOf(next).children);
@@ -79,7 +79,7 @@ function makeAccountRow() {
     button(text('edit'), () => edit(account), named('edit')), lock,
     button(text('delete'), () => remove(account), named('delete')));
   return {
-    cells: [cell(opener, marks, note), password, phone, company, sessions, last, cell(actions)],
+    cells: [cell(opener, marks, note), password, phone, sessions, last, cell(actions)],
     opener,
     update,
     details: () => (fields = fieldsOf(account)),
@@ -109,7 +109,7 @@ async function endAll() {
 
 const list = new Table(text('accounts'), [
   [text('account.name'), 'grow'], [text('account.password'), 'password'], [text('account.phone'), 'phone wide'],
-  [text('account.company'), 'wide'], [text('account.sessions'), 'number wide'],
+  [text('account.sessions'), 'number wide'],
   [text('account.last'), 'wide'], [text('actions'), 'end unseen-head'],
 ], (account) => account.user_id, makeAccountRow);
 
