@@ -24,8 +24,9 @@ bool isForPages(const Request &request)
 
 QString lineOf(const RequestLog::Entry &entry)
 {
+    const bool refusedByRules = entry.answer.httpStatus == 200 && !entry.answer.word.isEmpty();
     const QString outcome =
-        entry.answer.word.isEmpty() ? QString::number(entry.answer.httpStatus) : entry.answer.word;
+        refusedByRules ? entry.answer.word : QString::number(entry.answer.httpStatus);
     return QStringLiteral("%1 %2 %3 %4 ms")
         .arg(entry.time, entry.name.isEmpty() ? entry.request.path : entry.name, outcome)
         .arg(entry.durationMs);
@@ -132,7 +133,7 @@ Answer Emulator::answerApi(const Request &request)
         entry.time = Clock::text(m_services.clock.now());
         return answerOrFault(request, entry);
     });
-    const Answer answer = entry.answer;
+    Answer answer = entry.answer;
     entry.durationMs = timer.elapsed() + answer.delivery.delay.count();
     if (m_verbose)
         printLine(lineOf(entry));

@@ -1,7 +1,6 @@
 #include "storage/DataFile.h"
 
 #include "storage/Database.h"
-#include "storage/StoreError.h"
 
 #include <QtCore/QFileInfo>
 #include <QtCore/QtEndian>

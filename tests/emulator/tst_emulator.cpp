@@ -42,7 +42,9 @@ private Q_SLOTS:
     {
         const auto row = columns<QByteArray, QByteArray, QByteArray, int, QString>(
             "method", "target", "body", "code", "complaint");
-        const QByteArray login = "/v1/user/login", faults = "/_dev/faults";
+        const QByteArray login = "/v1/user/login", faults = "/_dev/faults", import = "/_dev/import";
+        const QByteArray accounts = "/_dev/accounts", ada = "/_dev/accounts/10001";
+        const QByteArray settings = "/_dev/settings";
         const QByteArray captcha = "/v1/captcha/0f8fad5b-d9cb-469f-a165-70867728950e";
         row("unknown path", "GET", "/v1/nothing", {}, 404, "there is nothing at /v1/nothing");
         row("path of odd bytes", "GET", "/%0A%00%ff", {}, 404, "there is nothing at");
@@ -64,6 +66,20 @@ private Q_SLOTS:
             400, "whole number from 1");
         row("fault that splits the answer", "POST", faults,
             R"({"request":"*","kind":"redirect","location":"a\r\nX: y"})", 400, "control");
+        row("name of another", "PATCH", ada, R"({"phone":"carol@example.com"})", 409, "another");
+        row("account without password", "POST", accounts, R"({"username":"a"})", 400, "missing");
+        row("empty password", "PATCH", ada, R"({"password":""})", 400, "empty");
+        row("endless hash", "PATCH", ada, R"({"passwordHash":"pbkdf2-sha256$999999999$AA==$x"})",
+            400, "exported");
+        row("no account's path", "DELETE", ada + "/10001", {}, 404, "no account");
+        row("no country", "POST", settings, R"({"country":"ZZ"})", 400, "two capital letters");
+        row("long code", "POST", settings, R"({"fixedCode":"1234567"})", 400, "6 digits");
+        row("time runs back", "POST", "/_dev/clock", R"({"advanceSeconds":-1})", 400, "from 1");
+        row("import of a name twice", "POST", import,
+            R"({"accounts":[{"username":"a","password":"b"},{"username":"a","password":"b"}]})",
+            400, "also belongs to account 0");
+        row("import of a bad setting", "POST", import, R"({"accounts":[],"settings":{"x":1}})", 400,
+            "settings: field \"x\" is not known");
     }
 
     void refusesBadRequests()
@@ -72,6 +88,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, method);
         QFETCH(QByteArray, body);
         QFETCH(QString, complaint);
+        const QJsonValue before = m_emulator.devGet("export");
         const Reply reply =
             m_emulator.http(method, target, body, {"Content-Type: application/json"});
         QTEST(reply.httpStatus, "code");
@@ -79,6 +96,7 @@ private Q_SLOTS:
         QVERIFY2(reply.json().value("result").toString().contains(complaint),
                  reply.body.constData());
         QCOMPARE(m_emulator.devGet("faults").toArray(), QJsonArray());
+        QCOMPARE(m_emulator.devGet("export"), before);
     }
 
     void refusesCallersFromElsewhere_data()
@@ -110,18 +128,12 @@ private Q_SLOTS:
         }
     }
 
-    void takesOnlyJson_data()
-    {
-        const auto row = columns<QByteArray, int>("type", "code");
-        row("none", "Accept: */*", 415);
-        row("of a form", "Content-Type: text/plain", 415);
-        row("JSON", "content-type: Application/JSON; charset=utf-8", 200);
-    }
-
     void takesOnlyJson()
     {
-        QFETCH(QByteArray, type);
-        QTEST(m_emulator.http("POST", "/_dev/reset", "{}", {type}).httpStatus, "code");
+        for (const char *type : {"Accept: */*", "Content-Type: text/plain"})
+            QCOMPARE(m_emulator.http("POST", "/_dev/reset", "{}", {type}).httpStatus, 415);
+        const QByteArray json = "content-type: Application/JSON; charset=utf-8";
+        QCOMPARE(m_emulator.http("POST", "/_dev/reset", "{}", {json}).httpStatus, 200);
     }
 
     void countsFaultsDown()
@@ -235,6 +247,24 @@ private Q_SLOTS:
         QCOMPARE(file.readAll(), value);
     }
 
+    void saysWhatOneNeeds()
+    {
+        QTemporaryDir directory;
+        const QString seed = QFINDTESTDATA("../../emulator/storage/seed.json");
+        const QStringList options{"--verbose", "--data", directory.filePath("data")};
+        for (const QStringList &more : {QStringList(), QStringList{"--seed", seed}}) {
+            Emulator emulator(options + more);
+            QVERIFY(emulator.start());
+            emulator.http("GET", "/v1/nothing");
+            const QString address = emulator.baseUrl(), output = emulator.output();
+            QVERIFY(output.contains("| passportctl --cloud " + address + " sign-in ada@"));
+            QVERIFY(output.contains(
+                QString::fromUtf8("\n  李明                пароль-密码-ß 3   name")));
+            QCOMPARE(output.contains("waits for a reset"), !more.isEmpty());
+            QTRY_VERIFY(emulator.output().contains("Z /v1/nothing 404 "));
+        }
+    }
+
     void refusesWhatIsInUse()
     {
         QTemporaryDir directory;
@@ -262,6 +292,7 @@ private Q_SLOTS:
         row("FIFO as a log", "--data", "new", "where something else is");
         row("foreign file as a log", "--data", "novel", "where something else is");
         row("read-only", "--data", "ours", "is read-only");
+        row("of another version", "--data", "older", "by another version of passport-emulator");
         row("ready FIFO", "--ready-file", "fifo", "is not a regular file");
         row("ready link to nothing", "--ready-file", "dangling", "is not a regular file");
     }
@@ -276,6 +307,10 @@ private Q_SLOTS:
         const auto native = [&](const QString &file) { return QFile::encodeName(path(file)); };
         struct stat info = {};
         QVERIFY(Emulator({"--data", path("ours")}).start());
+        QFile older(path("older")); // SQLite keeps the version's last byte there
+        QVERIFY(QFile::copy(path("ours"), path("older")) && older.open(QIODevice::ReadWrite));
+        QVERIFY(older.seek(63) && older.putChar('\2'));
+        older.close();
         QVERIFY(::chmod(native("ours"), 0444) == 0 && ::chmod(native("."), 0755) == 0);
         QVERIFY(::mkfifo(native("fifo"), 0666) == 0 && ::mkfifo(native("new-wal"), 0666) == 0);
         QVERIFY(QFile::copy(path("ours"), path("novel-journal")));

@@ -80,6 +80,11 @@ private Q_SLOTS:
         row("unknown error", {"errors", "nope"}, {}, 2, "'passportctl errors' lists");
         row("refused fault", in(dir, "fault {\"kind\":\"none\"}"), {}, 1,
             "no passport-emulator took it");
+        row("emulator's list", in(dir, "emulator sessions list"), {}, 0, R"("ok":true,"result":[)");
+        row("emulator's refusal", in(dir, "emulator accounts delete nobody"), {}, 1,
+            "there is no account");
+        row("emulator's change", in(dir, "emulator settings set {\"codeIntervalSeconds\":60}"), {},
+            0, R"("codeIntervalSeconds":60)");
 
         // Each sees what the one before it has left.
         const QByteArray nobody = R"({"ok":true,"remembered":false})";

@@ -69,7 +69,7 @@ public:
     bool reset() { return !devPost(QStringLiteral("reset")).isUndefined(); }
 
     /// What a client has asked for, oldest first: "name", "method", "path", "query", "headers",
-    /// "body".
+    /// "body", and what it was answered: "httpStatus", "word", "answer" and more.
     QJsonArray requests() { return devGet(QStringLiteral("requests")).toArray(); }
 
     /// {"request": name or "*", "kind": ..., and what the kind takes}; with "times" it is spent
@@ -80,15 +80,15 @@ public:
     }
     bool clearFaults() { return !devDelete(QStringLiteral("faults")).isUndefined(); }
 
-    /// In seconds, at first {"codeIntervalSeconds": 60, "codeLifetimeSeconds": 300}; those not
-    /// named stay as they are.
+    /// At first {"codeIntervalSeconds": 60, "codeLifetimeSeconds": 300, ...}; those not named stay
+    /// as they are. The emulator's manual lists all.
     bool setSettings(const QJsonObject &settings)
     {
         return !devPost(QStringLiteral("settings"), settings).isUndefined();
     }
 
     /// Verification codes sent after the one with this "id", oldest first: "id", "username",
-    /// "phoneArea", "purpose", "code", "lang", "time". Where there is none, waits for one.
+    /// "phoneArea", "purpose", "code", "lang", "time", "expires", "state". Where there is none, waits for one.
     QJsonArray inbox(qint64 after = 0, int waitMs = 0);
     QString latestCode(); ///< empty when none was sent
 
