@@ -133,7 +133,7 @@ Answer Emulator::answerApi(const Request &request)
         entry.time = Clock::text(m_services.clock.now());
         return answerOrFault(request, entry);
     });
-    const Answer answer = entry.answer;
+    Answer answer = entry.answer;
     entry.durationMs = timer.elapsed() + answer.delivery.delay.count();
     if (m_verbose)
         printLine(lineOf(entry));

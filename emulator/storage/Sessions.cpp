@@ -27,7 +27,7 @@ QStringList Sessions::schema()
 
 QString Sessions::start(qint64 userId, const QString &ip)
 {
-    const QString token = newToken();
+    QString token = newToken();
     const qint64 now = m_clock.now();
     const qint64 lifetimeMs = m_settings.sessionLifetimeSeconds() * 1000LL;
     m_store.database().run(

@@ -169,6 +169,7 @@ QString WebPages::page(const QString &name, const Request &request) const
     if (!query.contains(QStringLiteral("from")) && name != QLatin1String("privacy"))
         query.insert(QStringLiteral("from"), name);
     values.insert(QStringLiteral("link-query"), queryText(query));
+    values.insert(QStringLiteral("lang-code"), query.value(langKey));
     values.insert(QStringLiteral("page"), name);
     values.insert(QStringLiteral("code-interval"),
                   QString::number(m_settings.codeIntervalSeconds()));

@@ -118,6 +118,13 @@ private Q_SLOTS:
         QVERIFY(canSignIn("ada2@example.com", "correct horse 1"));
     }
 
+    void servesTheConsole()
+    {
+        const QString console = emulator.baseUrl().replace("/v1", "/");
+        const auto open = [&](Passport &p) { p.openURL(console, "en"); };
+        QCOMPARE(run(open, "console"), QString());
+    }
+
 private:
     // Runs a flow while somebody else takes the steps on its page; what went wrong there.
     QString run(const Flow &flow, const QString &steps, const QString &port = openPort())

@@ -72,6 +72,17 @@ void DebuggedPage::type(const QString &text)
     call(QStringLiteral("Input.insertText"), {{QStringLiteral("text"), text}});
 }
 
+void DebuggedPage::call(const QString &method, const QString &parameters)
+{
+    call(method, QJsonDocument::fromJson(parameters.toUtf8()).object());
+}
+
+QByteArray DebuggedPage::picture()
+{
+    const QJsonObject answer = call(QStringLiteral("Page.captureScreenshot"), QJsonObject());
+    return QByteArray::fromBase64(answer.value(QLatin1String("data")).toString().toLatin1());
+}
+
 int DebuggedPage::send(const QString &method, const QJsonObject &parameters)
 {
     const QJsonObject request{{QStringLiteral("id"), ++m_lastCall},

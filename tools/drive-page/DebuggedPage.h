@@ -32,6 +32,10 @@ public:
     void waitFor(const QString &script);
     /// Into the element that has the focus.
     void type(const QString &text);
+    /// A call of the protocol; the parameters are a JSON object, or empty.
+    void call(const QString &method, const QString &parameters);
+    /// What the page shows, as PNG.
+    QByteArray picture();
     void close();
 
 private:

@@ -22,6 +22,8 @@ STEPS is a file with one step on a line:
   run SCRIPT
   type TEXT           into the element that has the focus
   type-result SCRIPT  its value, the same way
+  call METHOD JSON    a call of the DevTools protocol, as Emulation.setEmulatedMedia {...}
+  picture FILE        what the page shows, as PNG
   include FILE        the steps of another file, named from this one's folder
   # COMMENT
 
@@ -29,6 +31,13 @@ A SCRIPT is an expression of JavaScript; a promise is waited for. Each step has 
 fails the page is closed. Exit codes: 0 all steps were taken, 1 one failed, 2 wrong arguments.)";
 
 void takeAll(DebuggedPage &page, const QString &path);
+
+void savePicture(DebuggedPage &page, const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(page.picture()) < 0)
+        fail(path + QStringLiteral(" cannot be written"));
+}
 
 void take(DebuggedPage &page, const QString &step, const QDir &folder)
 {
@@ -42,6 +51,10 @@ void take(DebuggedPage &page, const QString &step, const QDir &folder)
         page.type(rest);
     else if (verb == QLatin1String("type-result"))
         page.type(page.evaluate(rest).toString());
+    else if (verb == QLatin1String("call"))
+        page.call(rest.section(QLatin1Char(' '), 0, 0), rest.section(QLatin1Char(' '), 1));
+    else if (verb == QLatin1String("picture"))
+        savePicture(page, rest);
     else if (verb == QLatin1String("include"))
         takeAll(page, folder.filePath(rest));
     else if (!verb.isEmpty() && !verb.startsWith(QLatin1Char('#')))
