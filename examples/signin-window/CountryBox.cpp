@@ -12,6 +12,8 @@
 namespace {
 
 constexpr int searchRole = Qt::UserRole + 1;
+// In front of each text by which a country is found.
+constexpr QChar separator = u'\n';
 
 /// Finds by the search texts and fills in what the list shows.
 class CountryCompleter : public QCompleter
@@ -44,9 +46,9 @@ Entry entryOf(const QVariant &country)
     const QString name = countryName(map);
     const QString area = text("phoneArea");
     return {name, area,
-            QStringList{name, text("name"), text("nativeName"), text("code"),
+            QStringList{QString(), name, text("name"), text("nativeName"), text("code"),
                         QLatin1Char('+') + area, QStringLiteral("00") + area}
-                .join(QLatin1Char('\n'))};
+                .join(separator)};
 }
 
 } // namespace
@@ -92,20 +94,24 @@ void CountryBox::setCallingCode(const QString &callingCode)
     setCurrentIndex(callingCode.isEmpty() ? 0 : qMax(0, findData(callingCode)));
 }
 
-// What was typed is a search and not a value: the first that it finds, or what was chosen before.
+// What was typed is a search and not a value: it chooses the first country with such a beginning,
+// else the first that contains it, and where there is none, what was chosen before.
 void CountryBox::acceptTyped()
 {
     const QString typed = lineEdit()->text();
-    int found = currentIndex();
+    const auto find = [&](const QString &text) {
+        const Qt::MatchFlags flags = Qt::MatchContains;
+        const QModelIndexList found =
+            model()->match(model()->index(0, 0), searchRole, text, 1, flags);
+        return found.isEmpty() ? -1 : found.first().row();
+    };
+    int chosen = currentIndex();
     if (typed.isEmpty())
-        found = 0;
-    else if (typed != itemText(found)) {
-        for (int i = count() - 1; i >= 0; --i) {
-            if (itemData(i, searchRole).toString().contains(typed, Qt::CaseInsensitive) ||
-                itemText(i) == typed)
-                found = i;
-        }
+        chosen = 0;
+    else if (typed != itemText(chosen)) {
+        const int beginning = find(separator + typed);
+        chosen = beginning >= 0 ? beginning : qMax(find(typed), chosen);
     }
-    setCurrentIndex(found);
-    setEditText(itemText(found));
+    setCurrentIndex(chosen);
+    setEditText(itemText(chosen));
 }
