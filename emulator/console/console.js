@@ -80,7 +80,9 @@ export class Table {
     const keys = new Set(items.map(this.keyOf));
     for (const [key, row] of this.rows) {
       if (keys.has(key)) continue;
+      const hadFocus = row.body.contains(document.activeElement);
       row.body.remove();
+      if (hadFocus) (this.table.querySelector('button') || document.getElementById('main')).focus();
       this.rows.delete(key);
     }
     let place = this.table.tHead.nextSibling;
