@@ -19,8 +19,8 @@ int main(int argc, char *argv[])
     passport.setConfigData(QStringLiteral("local"));
 
     QVariantMap profile;
-    const PassportCommunityError outcome = passport.logIn(
-        QStringLiteral("ada@example.com"), in.readLine(), QString(), profile, false);
+    const PassportCommunityError outcome =
+        passport.logIn(QStringLiteral("ada@example.com"), in.readLine(), QString(), profile, false);
     if (!outcome.isError()) {
         out << "Welcome, " << profile.value(QStringLiteral("nickName")).toString() << "!\n";
     } else if (outcome.errorMessage == QLatin1String("pwdErr")) {
