@@ -96,8 +96,7 @@ Answer DeveloperAccounts::listSessions() const
 Answer DeveloperAccounts::endSession(const Request &request)
 {
     if (!m_services.sessions.end(request.numberAtEnd()))
-        throw Refusal(404,
-                      QStringLiteral("there is no session %1, or no longer").arg(request.path));
+        throw Refusal(404, QStringLiteral("there is no such session, or no longer"));
     return okAnswer({});
 }
 
@@ -111,8 +110,7 @@ Account DeveloperAccounts::accountOf(const Request &request) const
 {
     const std::optional<Account> account = m_services.store.account(request.numberAtEnd());
     if (!account)
-        throw Refusal(404,
-                      QStringLiteral("there is no account %1, or no longer").arg(request.path));
+        throw Refusal(404, QStringLiteral("there is no such account, or no longer"));
     return *account;
 }
 

@@ -120,7 +120,7 @@ private Q_SLOTS:
         row("refused fault", in(dir, "fault {\"kind\":\"none\"}"), {}, 1, "the emulator refuses: ");
         row("emulator's list", in(dir, "emulator sessions list"), {}, 0, R"("ok":true,"result":[)");
         row("emulator's refusal", in(dir, "emulator accounts delete nobody"), {}, 1,
-            "there is no account");
+            "there is no such account");
         row("emulator's change", in(dir, "emulator settings set {\"codeIntervalSeconds\":60}"), {},
             0, R"("codeIntervalSeconds":60)");
 
