@@ -54,6 +54,7 @@ void CodeForm::layOut()
     m_captchaField->addBeside(m_send);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(spacingOfFields(*this));
     layout->addWidget(new Field(tr("Pict&ure, press it for another:"), m_picture));
     layout->addWidget(m_captchaField);
     layout->addWidget(m_codeField);

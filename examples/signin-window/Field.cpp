@@ -7,6 +7,11 @@
 #include <QtWidgets/QLineEdit>
 #include <QtWidgets/QVBoxLayout>
 
+int spacingOfFields(const QWidget &form)
+{
+    return form.fontMetrics().height() * 2 / 3;
+}
+
 Field::Field(const QString &label, QWidget *input, QWidget *parent)
     : QWidget(parent)
     , m_input(input)

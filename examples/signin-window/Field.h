@@ -5,6 +5,10 @@
 class Notice;
 class QHBoxLayout;
 
+/// Between the fields of a form: more than between the parts of a field, so that these belong
+/// together.
+int spacingOfFields(const QWidget &form);
+
 /// A labelled input with the place for its error below it.
 class Field : public QWidget
 {

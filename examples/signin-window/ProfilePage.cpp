@@ -1,5 +1,6 @@
 #include "ProfilePage.h"
 
+#include "Field.h"
 #include "Heading.h"
 #include "Requests.h"
 #include "Words.h"
@@ -52,6 +53,7 @@ ProfilePage::ProfilePage(Requests &requests, QWidget *parent)
     buttons->addWidget(signOut);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(spacingOfFields(*this));
     layout->addWidget(m_title);
     layout->addLayout(m_rows);
     layout->addLayout(buttons);

@@ -54,6 +54,7 @@ void SignInPage::layOut()
     heading->setText(tr("Sign in"));
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(spacingOfFields(*this));
     layout->addWidget(heading);
     layout->addWidget(m_accountField);
     layout->addWidget(new Field(tr("&Calling code, for a phone number:"), m_country));

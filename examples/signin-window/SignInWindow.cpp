@@ -53,6 +53,9 @@ void SignInWindow::layOut()
     bottom->addStretch();
     bottom->addWidget(m_close);
     auto *layout = new QVBoxLayout(this);
+    const int margin = fontMetrics().height();
+    layout->setContentsMargins(margin, margin, margin, margin);
+    layout->setSpacing(spacingOfFields(*this));
     layout->addWidget(m_signInPage);
     layout->addWidget(m_profilePage);
     layout->addWidget(m_notice);
@@ -128,8 +131,10 @@ void SignInWindow::showProfile(const QVariantMap &profile)
 void SignInWindow::fitContents()
 {
     constexpr int readableLetters = 46;
-    const int width = qMax(readableLetters * fontMetrics().averageCharWidth(),
-                           layout()->totalMinimumSize().width());
+    const QMargins margins = layout()->contentsMargins();
+    const int wanted =
+        readableLetters * fontMetrics().averageCharWidth() + margins.left() + margins.right();
+    const int width = qMax(wanted, layout()->totalMinimumSize().width());
     const int height = layout()->totalHeightForWidth(width);
     setFixedSize(width, height > 0 ? height : layout()->totalSizeHint().height());
 }

@@ -95,11 +95,11 @@ public:
 
     void searchesCountry()
     {
+        settle();
         QComboBox &country = find<QComboBox>("country");
         country.setFocus(Qt::TabFocusReason);
-        country.lineEdit()->setText(QStringLiteral("+49"));
-        country.completer()->setCompletionPrefix(QStringLiteral("land"));
         country.lineEdit()->setText(QStringLiteral("land"));
+        country.completer()->setCompletionPrefix(country.lineEdit()->text());
         country.completer()->complete();
         picture("country-search");
         QApplication::activePopupWidget()->hide();
@@ -122,6 +122,7 @@ private:
     }
     void press(const char *name) { find<QAbstractButton>(name).click(); }
     void picture(const char *state);
+    void settle();
     void check(const QString &file);
 
     SignInWindow m_window;
@@ -129,11 +130,16 @@ private:
     bool m_isFlawless = true;
 };
 
-void Walk::picture(const char *state)
+// A sentence that wraps has the window grow a few events later.
+void Walk::settle()
 {
-    // A sentence that wraps has the window grow a few events later.
     for (int i = 0; i < 10; ++i)
         QCoreApplication::processEvents();
+}
+
+void Walk::picture(const char *state)
+{
+    settle();
     const QString file = m_fileName.arg(QLatin1String(state));
     check(file);
     QPixmap picture = m_window.grab();
