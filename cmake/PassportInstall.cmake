@@ -71,7 +71,7 @@ install(FILES "${PROJECT_BINARY_DIR}/passport.pc" DESTINATION "${CMAKE_INSTALL_L
   COMPONENT Development)
 
 # Made by scripts/docs.
-install(DIRECTORY "${PROJECT_BINARY_DIR}/docs/html" DESTINATION ${CMAKE_INSTALL_DOCDIR}
+install(DIRECTORY "${PROJECT_BINARY_DIR}/docs/html" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/libpassport"
   COMPONENT Documentation OPTIONAL)
 
 if(PROJECT_IS_TOP_LEVEL)
