@@ -123,8 +123,6 @@ private Q_SLOTS:
     {
         const QString tool = "openweburl/openweburl.app/Contents/MacOS/openweburl";
         directory->write(tool, "#!/bin/sh\necho userLoadSuccess start: ada@example.com pass 1 end");
-        press(Qt::Key_N, Qt::AltModifier);
-        QTRY_COMPARE(told(), "The pages for this are not installed.");
         QFile(directory->filePath(tool)).setPermissions(QFile::ReadOwner | QFile::ExeOwner);
         press(Qt::Key_N, Qt::AltModifier);
         QTRY_COMPARE(child<QLineEdit>("account")->text(), "ada@example.com");
