@@ -71,7 +71,7 @@ private Q_SLOTS:
         row("empty password", "PATCH", ada, R"({"password":""})", 400, "empty");
         row("endless hash", "PATCH", ada, R"({"passwordHash":"pbkdf2-sha256$999999999$AA==$x"})",
             400, "exported");
-        row("no account's path", "DELETE", ada + "/10001", {}, 404, "no account");
+        row("no account's path", "DELETE", ada + "/10001", {}, 404, "no such account");
         row("no country", "POST", settings, R"({"country":"ZZ"})", 400, "two capital letters");
         row("long code", "POST", settings, R"({"fixedCode":"1234567"})", 400, "6 digits");
         row("time runs back", "POST", "/_dev/clock", R"({"advanceSeconds":-1})", 400, "from 1");
