@@ -131,7 +131,7 @@ void DeveloperApi::addStateRoutes()
 Answer DeveloperApi::removeFault(const Request &request)
 {
     if (!m_faults.remove(request.numberAtEnd()))
-        throw Refusal(404, QStringLiteral("there is no fault %1, or no longer").arg(request.path));
+        throw Refusal(404, QStringLiteral("there is no such fault, or no longer"));
     return okAnswer({});
 }
 

@@ -102,8 +102,8 @@ Output::Rows rowsOf(const QJsonValue &result, const QString &columns)
             if (!cell.isEmpty())
                 cells.append(cell);
         }
-        const QString first = cells.takeFirst();
-        rows.append({first, cells.join(QStringLiteral("  "))});
+        // What answers need not be an emulator: the list may have anything in it.
+        rows.append({cells.value(0), cells.mid(1).join(QStringLiteral("  "))});
     }
     return rows;
 }
@@ -194,7 +194,13 @@ bool Administration::readBody(QByteArray &body) const
     } else if (!file.open(QIODevice::ReadOnly)) {
         return false;
     }
-    body = file.readAll();
+    // A byte more than an emulator takes: it says so then, and an endless input ends.
+    constexpr int mostBytes = 1024 * 1024 + 1;
+    QByteArray piece;
+    do {
+        piece = file.read(mostBytes - body.size());
+        body += piece;
+    } while (!piece.isEmpty());
     return true;
 }
 
