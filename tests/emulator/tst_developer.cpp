@@ -82,6 +82,10 @@ private Q_SLOTS:
         QCOMPARE(logIn(ada, adasPassword), "illegalErr");
         m_emulator.devPost("clock", {{"advanceSeconds", 60}});
         QCOMPARE(logIn(ada, adasPassword), "ok");
+        for (int i : {0, 1})
+            QCOMPARE(logIn(ada, QString::number(i)), "pwdErr");
+        m_emulator.devDelete("clock");
+        QCOMPARE(logIn(ada, adasPassword), "ok");
     }
 
     void letsTimePass()
