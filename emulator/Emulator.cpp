@@ -32,10 +32,16 @@ QString lineOf(const RequestLog::Entry &entry)
         .arg(entry.durationMs);
 }
 
-void printLine(const QString &line)
+// Paths and names come from the caller: a line feed or an escape sequence in them stays in the
+// line.
+void printLine(QString line)
 {
     if (line.isEmpty())
         return;
+    for (QChar &character : line) {
+        if (character.category() == QChar::Other_Control)
+            character = QChar::ReplacementCharacter;
+    }
     QTextStream out(stdout);
     out.setCodec("UTF-8");
     out << line << '\n';

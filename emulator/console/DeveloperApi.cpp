@@ -119,6 +119,9 @@ void DeveloperApi::addStateRoutes()
     m_router.add("POST", "clock", [this](auto &r) { return advanceClock(r); });
     m_router.add("DELETE", "clock", [this](auto &) {
         m_services.clock.setBack();
+        // Who was locked out in a future would be so until it comes.
+        m_services.store.endLockOutsAfter(m_services.clock.now() +
+                                          m_services.settings.lockOutSeconds() * 1000LL);
         return showClock();
     });
     m_router.add("GET", "export", [this](auto &) { return exportSeed(); });
@@ -131,7 +134,7 @@ void DeveloperApi::addStateRoutes()
 Answer DeveloperApi::removeFault(const Request &request)
 {
     if (!m_faults.remove(request.numberAtEnd()))
-        throw Refusal(404, QStringLiteral("there is no fault %1, or no longer").arg(request.path));
+        throw Refusal(404, QStringLiteral("there is no such fault, or no longer"));
     return okAnswer({});
 }
 

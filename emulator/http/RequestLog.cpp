@@ -62,6 +62,10 @@ QJsonValue bodyValue(const QByteArray &body)
     if (body.isEmpty())
         return QJsonValue::Null;
     const QJsonDocument document = QJsonDocument::fromJson(body);
+    // Parsers end at some depth, and a list of requests nests what it shows deeper than it was.
+    const bool fitsInList = !QJsonDocument::fromJson("[[[[[[" + body + "]]]]]]").isNull();
+    if (!fitsInList)
+        return QString::fromUtf8(body);
     if (document.isObject())
         return document.object();
     if (document.isArray())

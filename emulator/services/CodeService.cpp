@@ -91,8 +91,9 @@ Answer CodeService::send(const Request &request)
     verificationCode.owner = ownerOf(fields, verificationCode.purpose);
     const std::optional<VerificationCode> latest =
         m_challenges.latestCode(verificationCode.owner, verificationCode.purpose);
-    if (latest &&
-        verificationCode.sentAt < latest->sentAt + m_settings.codeIntervalSeconds() * 1000LL)
+    // Negative after the clock was set back: who sent a code in a future waits for nothing.
+    const qint64 since = latest ? verificationCode.sentAt - latest->sentAt : -1;
+    if (since >= 0 && since < m_settings.codeIntervalSeconds() * 1000LL)
         throw Denial(Denial::tooFrequent);
     m_challenges.add(verificationCode);
 

@@ -188,6 +188,13 @@ void Store::update(const Account &account)
                    valuesOf(account) << account.userId);
 }
 
+void Store::endLockOutsAfter(qint64 time)
+{
+    m_database.run(
+        QStringLiteral("UPDATE account SET locked_out_until = 0 WHERE locked_out_until > ?"),
+        {time});
+}
+
 void Store::noteLogin(qint64 userId, const QString &at, const QString &ip)
 {
     m_database.run(

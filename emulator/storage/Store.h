@@ -75,6 +75,8 @@ public:
     void update(const Account &account);
     /// What was the latest login becomes the previous one.
     void noteLogin(qint64 userId, const QString &at, const QString &ip);
+    /// Of all accounts, those that go on after `time`, in milliseconds since 1970.
+    void endLockOutsAfter(qint64 time);
     /// With its sessions.
     void remove(qint64 userId);
 

@@ -82,6 +82,10 @@ private Q_SLOTS:
         QCOMPARE(logIn(ada, adasPassword), "illegalErr");
         m_emulator.devPost("clock", {{"advanceSeconds", 60}});
         QCOMPARE(logIn(ada, adasPassword), "ok");
+        for (int i : {0, 1})
+            QCOMPARE(logIn(ada, QString::number(i)), "pwdErr");
+        m_emulator.devDelete("clock");
+        QCOMPARE(logIn(ada, adasPassword), "ok");
     }
 
     void letsTimePass()
@@ -118,14 +122,16 @@ private Q_SLOTS:
         const int before = m_emulator.devGet("faults")[0]["id"].toInt();
         logIn(ada, "?");
         m_emulator.http("GET", "/v1/status");
+        // As deep as a body may be, in a list that can be read nevertheless.
+        m_emulator.http("POST", "/v1/user/login", QByteArray(1024, '[') + QByteArray(1024, ']'));
         const QJsonArray requests = m_emulator.requests();
         const auto of = [&](int i) { return requests[i].toObject(); };
         QCOMPARE(of(0)["word"].toString() + of(0)["fault"].toString(), "pwdErr");
         QCOMPARE(of(0)["answer"].toObject()["body"].toObject()["result"].toString(), "pwdErr");
         QCOMPARE(of(1)["httpStatus"].toInt(), 503);
         QCOMPARE(of(1)["fault"].toString(), "httpStatus");
-        QCOMPARE(m_emulator.devGet(QString("requests?after=%1").arg(of(0)["id"].toInt())).toArray(),
-                 QJsonArray{requests[1]});
+        QCOMPARE(m_emulator.devGet(QString("requests?after=%1").arg(of(1)["id"].toInt())).toArray(),
+                 QJsonArray{requests[2]});
         m_emulator.devDelete(QString("faults/%1").arg(before));
         QCOMPARE(m_emulator.devGet("faults").toArray(), QJsonArray());
     }

@@ -146,6 +146,10 @@ private Q_SLOTS:
         QCOMPARE(send("login", "13800000001"), "tooFrequent"); // also Ada
         QCOMPARE(send("bpwd", "ada@example.com"), "ok");
         QCOMPARE(send("login", "carol@example.com"), "ok");
+        m_emulator.devPost("clock", {{"advanceSeconds", 3600}});
+        QCOMPARE(send("login", "ada@example.com"), "ok");
+        m_emulator.devDelete("clock");
+        QCOMPARE(send("login", "ada@example.com"), "ok"); // the hour has not been
         QVERIFY(m_emulator.setSettings({{"codeIntervalSeconds", 0}}));
         const QJsonObject fresh = m_client.sentCode("login", ada);
         QCOMPARE(word("code-login", old), "captchaErr");

@@ -118,10 +118,13 @@ QString usageProblem(const CLI::App &app, const CLI::ParseError &error)
     }
     if (!needsCommand)
         return QString::fromUtf8(error.what());
-    return command == &app ? QStringLiteral("a command is missing; see passportctl --help")
-                           : QStringLiteral("a command is missing behind \"%1\"; see passportctl "
-                                            "help %1")
-                                 .arg(QString::fromStdString(command->get_name()));
+    if (command == &app)
+        return QStringLiteral("a command is missing; see passportctl --help");
+    QStringList words;
+    for (const CLI::App *part = command; part != &app; part = part->get_parent())
+        words.prepend(QString::fromStdString(part->get_name()));
+    return QStringLiteral("a command is missing behind \"%1\"; see passportctl help %1")
+        .arg(words.join(QLatin1Char(' ')));
 }
 
 /// Whether JSON is wanted, also by a command line that could not be read to its end.

@@ -44,7 +44,7 @@ void checkCloud(Host &host, Findings &findings)
     const auto configuration = configure(host, findings);
     if (!configuration)
         return;
-    const QString address = host.address();
+    const QString address = withoutUser(host.address());
     findings.addFact("address", QStringLiteral("address"), address);
     const QString proxy = checkRoute(*configuration, findings);
     const PassportCommunityError record = checkService(host, findings);

@@ -9,6 +9,9 @@
 /// and the hub's program below `applicationDir`, the host's own, if the configuration asks for it.
 void checkDirectory(const QString &passportDir, const QString &applicationDir, Findings &findings);
 
+/// An address as it may be shown: without a name and a password before its host.
+QString withoutUser(const QString &address);
+
 /// Which request library this is.
 void addRequestLibrary(Findings &findings);
 

@@ -79,7 +79,8 @@ void checkAccountFile(const PassportDirectory &directory, Findings &findings)
         findings.addWarning(file.filePath(),
                             QStringLiteral("others can read it, and it may hold a password"),
                             QStringLiteral("Take the permission from them (chmod 600)."));
-    if (!QFileInfo(file.path()).isWritable())
+    const QFileInfo folder(file.path());
+    if (folder.exists() && !folder.isWritable())
         findings.addWarning(file.path(), QStringLiteral("it is not writable"),
                             QStringLiteral("Without it no account can be remembered."));
 }

@@ -22,8 +22,8 @@ void checkCloud(Host &host, Findings &findings)
 {
     if (!checkConfiguration(host, findings))
         return;
-    findings.addFact("address", QStringLiteral("address"), host.address());
+    findings.addFact("address", QStringLiteral("address"), withoutUser(host.address()));
     const PassportCommunityError record = checkService(host, findings);
     if (record.isError())
-        addFailure(host.address(), record, findings);
+        addFailure(withoutUser(host.address()), record, findings);
 }

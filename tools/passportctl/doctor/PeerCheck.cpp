@@ -56,7 +56,7 @@ bool explainFailure(const QString &address, const ServiceProbe &probe,
                     const Nubelo::TransferRules &rules, Findings &findings)
 {
     if (!probe.certificate.isNull() && !probe.problem.isEmpty()) {
-        findings.addError(Exit::Unreachable, address, probe.problem,
+        findings.addError(Exit::Unreachable, withoutUser(address), probe.problem,
                           QStringLiteral("Compare the service's certificate with the "
                                          "certificates that are accepted, and both with the "
                                          "clock."));
@@ -65,9 +65,10 @@ bool explainFailure(const QString &address, const ServiceProbe &probe,
     const QString versioned = address + QStringLiteral("/v1");
     if (!probe.problem.isEmpty() || !ServiceProbe::ask(versioned, rules).isAccountService)
         return false;
-    findings.addError(Exit::Unreachable, address,
-                      QStringLiteral("there is no account service, but at %1").arg(versioned),
-                      QStringLiteral("Add \"/v1\" to the address."));
+    findings.addError(
+        Exit::Unreachable, withoutUser(address),
+        QStringLiteral("there is no account service, but at %1").arg(withoutUser(versioned)),
+        QStringLiteral("Add \"/v1\" to the address."));
     return true;
 }
 
@@ -78,8 +79,8 @@ bool checkPeer(const Nubelo::Configuration &configuration, bool answers, Finding
     const QString address = configuration.addresses.value(QStringLiteral("cloud"));
     const ServiceProbe probe = ServiceProbe::ask(address, configuration.rules);
     if (probe.time.isValid())
-        checkClock(address, probe.time, findings);
+        checkClock(withoutUser(address), probe.time, findings);
     if (!probe.certificate.isNull())
-        checkCertificate(address, probe, findings);
+        checkCertificate(withoutUser(address), probe, findings);
     return !answers && explainFailure(address, probe, configuration.rules, findings);
 }

@@ -1,6 +1,7 @@
 #include "Checks.h"
 
 #include <QtCore/QElapsedTimer>
+#include <QtCore/QUrl>
 
 #include <algorithm>
 #include <vector>
@@ -16,6 +17,11 @@ double median(std::vector<double> values)
 }
 
 } // namespace
+
+QString withoutUser(const QString &address)
+{
+    return QUrl(address).toString(QUrl::RemoveUserInfo);
+}
 
 // The first request pays for the connection; the rest show what a request costs afterwards.
 PassportCommunityError checkService(Host &host, Findings &findings)

@@ -102,8 +102,8 @@ Output::Rows rowsOf(const QJsonValue &result, const QString &columns)
             if (!cell.isEmpty())
                 cells.append(cell);
         }
-        const QString first = cells.takeFirst();
-        rows.append({first, cells.join(QStringLiteral("  "))});
+        // What answers need not be an emulator: the list may have anything in it.
+        rows.append({cells.value(0), cells.mid(1).join(QStringLiteral("  "))});
     }
     return rows;
 }
@@ -126,7 +126,8 @@ private:
 
     Reply send(Host &host, const QByteArray &method, const QString &path,
                const QByteArray &body) const;
-    QString numberOfAccount(Host &host) const;
+    QStringList numbersOfAccount(Host &host) const;
+    Exit askForOneOf(const QStringList &numbers, const Output &output) const;
     bool readBody(QByteArray &body) const;
     Exit show(const Output &output, const QJsonValue &result) const;
 
@@ -169,17 +170,27 @@ Administration::Reply Administration::send(Host &host, const QByteArray &method,
             answer.value(QStringLiteral("result"))};
 }
 
-// People know an account by its names, the emulator's calls by its number.
-QString Administration::numberOfAccount(Host &host) const
+// People know an account by its names, the emulator's calls by its number. Several where a phone
+// number exists in several areas.
+QStringList Administration::numbersOfAccount(Host &host) const
 {
+    QStringList numbers;
     const QJsonArray accounts = send(host, "GET", QStringLiteral("accounts"), {}).result.toArray();
     for (const QJsonValue &account : accounts) {
         for (const char *name : {"username", "email", "phone"}) {
-            if (account[QLatin1String(name)].toString() == m_argument)
-                return textOf(account[QLatin1String("user_id")]);
+            const QString number = textOf(account[QLatin1String("user_id")]);
+            if (account[QLatin1String(name)].toString() == m_argument && !numbers.contains(number))
+                numbers.append(number);
         }
     }
-    return m_argument;
+    return numbers.isEmpty() ? QStringList{m_argument} : numbers;
+}
+
+Exit Administration::askForOneOf(const QStringList &numbers, const Output &output) const
+{
+    return output.failure(Exit::Usage,
+                          QStringLiteral("%1 names several accounts; give one of their numbers: %2")
+                              .arg(m_argument, numbers.join(QLatin1String(", "))));
 }
 
 bool Administration::readBody(QByteArray &body) const
@@ -194,7 +205,13 @@ bool Administration::readBody(QByteArray &body) const
     } else if (!file.open(QIODevice::ReadOnly)) {
         return false;
     }
-    body = file.readAll();
+    // A byte more than an emulator takes: it says so then, and an endless input ends.
+    constexpr int mostBytes = 1024 * 1024 + 1;
+    QByteArray piece;
+    do {
+        piece = file.read(mostBytes - body.size());
+        body += piece;
+    } while (!piece.isEmpty());
     return true;
 }
 
@@ -211,8 +228,10 @@ Exit Administration::run(Host &host)
     QString path = QString::fromLatin1(m_call.path);
     if (path.endsWith(QLatin1Char('/'))) {
         const bool ofAccount = path == QLatin1String("accounts/");
-        path += QString::fromLatin1(
-            QUrl::toPercentEncoding(ofAccount ? numberOfAccount(host) : m_argument));
+        const QStringList numbers = ofAccount ? numbersOfAccount(host) : QStringList{m_argument};
+        if (numbers.size() > 1)
+            return askForOneOf(numbers, host.output());
+        path += QString::fromLatin1(QUrl::toPercentEncoding(numbers.first()));
     }
     const Reply reply = send(host, m_call.method, path, body);
     if (!reply.isThere) {

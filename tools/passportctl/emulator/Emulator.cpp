@@ -29,13 +29,9 @@ QJsonValue Emulator::ask(Host &host, const QString &call, const QVariantMap &bod
 
 QString Emulator::captchaText(Host &host)
 {
-    const QString path =
-        lastOf(ask(host, QStringLiteral("requests"))).value(QStringLiteral("path")).toString();
-    const QString id = path.section(QLatin1Char('/'), -1);
-    return ask(host, QStringLiteral("captcha/") + id)
-        .toObject()
-        .value(QStringLiteral("answer"))
-        .toString();
+    // Newest first; the recorded requests, which name it too, may be longer than an answer may be.
+    const QJsonValue captchas = ask(host, QStringLiteral("captchas"));
+    return captchas[0][QStringLiteral("answer")].toString();
 }
 
 QString Emulator::verificationCode(Host &host)
