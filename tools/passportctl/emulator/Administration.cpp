@@ -34,47 +34,50 @@ struct Call
     Body body;
     const char *fixedBody; ///< sent where `body` is None; %1: the argument
     const char *columns;   ///< of a list's lines
+    const char *example;   ///< what may follow the name
 };
 
 constexpr Call calls[] = {
     {"accounts", "list", "List the accounts", "GET", "accounts", "", Body::None, "",
-     "user_id username email phone note"},
+     "user_id username email phone note", ""},
     {"accounts", "add", "Add an account, an object like those of a seed", "POST", "accounts", "",
-     Body::Json, "", ""},
+     Body::Json, "", "", R"( '{"username": "bob", "password": "secret 1"}')"},
     {"accounts", "edit", "Change members of an account; ends no session", "PATCH", "accounts/",
-     "account", Body::Json, "", ""},
+     "account", Body::Json, "", "", R"( ada@example.com '{"nick_name": "Countess"}')"},
     {"accounts", "lock", "Lock an account", "PATCH", "accounts/", "account", Body::None,
-     R"({"locked":true})", ""},
+     R"({"locked":true})", "", " ada@example.com"},
     {"accounts", "unlock", "Unlock an account, also one that wrong passwords locked out", "PATCH",
-     "accounts/", "account", Body::None, R"({"locked":false})", ""},
+     "accounts/", "account", Body::None, R"({"locked":false})", "", " ada@example.com"},
     {"accounts", "delete", "Delete an account and its sessions", "DELETE", "accounts/", "account",
-     Body::None, "", ""},
+     Body::None, "", "", " ada@example.com"},
     {"sessions", "list", "List the sessions, the newest first", "GET", "sessions", "", Body::None,
-     "", "id username at ip expires"},
-    {"sessions", "end", "End a session", "DELETE", "sessions/", "id", Body::None, "", ""},
-    {"sessions", "clear", "End all sessions", "DELETE", "sessions", "", Body::None, "", ""},
+     "", "id username at ip expires", ""},
+    {"sessions", "end", "End a session", "DELETE", "sessions/", "id", Body::None, "", "", " 1"},
+    {"sessions", "clear", "End all sessions", "DELETE", "sessions", "", Body::None, "", "", ""},
     {"requests", "list", "List the recorded requests", "GET", "requests", "", Body::None, "",
-     "id time name httpStatus word durationMs fault"},
+     "id time name httpStatus word durationMs fault", ""},
     {"requests", "clear", "Forget the recorded requests", "DELETE", "requests", "", Body::None, "",
-     ""},
+     "", ""},
     {"faults", "list", "List the faults in force", "GET", "faults", "", Body::None, "",
-     "id request kind times"},
+     "id request kind times", ""},
     {"faults", "add", "Add a fault, an object as in the emulator's manual", "POST", "faults", "",
-     Body::Json, "", ""},
-    {"faults", "end", "End a fault", "DELETE", "faults/", "id", Body::None, "", ""},
-    {"faults", "clear", "End all faults", "DELETE", "faults", "", Body::None, "", ""},
-    {"settings", "show", "Show the settings", "GET", "settings", "", Body::None, "", ""},
-    {"settings", "set", "Change settings, an object", "POST", "settings", "", Body::Json, "", ""},
-    {"clock", "show", "Show the emulator's time", "GET", "clock", "", Body::None, "", ""},
+     Body::Json, "", "", R"( '{"request": "userLogin", "kind": "drop", "times": 1}')"},
+    {"faults", "end", "End a fault", "DELETE", "faults/", "id", Body::None, "", "", " 1"},
+    {"faults", "clear", "End all faults", "DELETE", "faults", "", Body::None, "", "", ""},
+    {"settings", "show", "Show the settings", "GET", "settings", "", Body::None, "", "", ""},
+    {"settings", "set", "Change settings, an object", "POST", "settings", "", Body::Json, "", "",
+     R"( '{"codeIntervalSeconds": 0}')"},
+    {"clock", "show", "Show the emulator's time", "GET", "clock", "", Body::None, "", "", ""},
     {"clock", "advance", "Move the clock forward", "POST", "clock", "seconds", Body::None,
-     R"({"advanceSeconds":%1})", ""},
+     R"({"advanceSeconds":%1})", "", " 3600"},
     {"clock", "back", "Set the clock back to the machine's", "DELETE", "clock", "", Body::None, "",
+     "", ""},
+    {"", "reset", "Start again with the first accounts", "POST", "reset", "", Body::None, "{}", "",
      ""},
-    {"", "reset", "Start again with the first accounts", "POST", "reset", "", Body::None, "{}", ""},
-    {"", "export", "Print accounts and settings as a seed", "GET", "export", "", Body::None, "",
-     ""},
+    {"", "export", "Print accounts and settings as a seed", "GET", "export", "", Body::None, "", "",
+     " > seed.json"},
     {"", "import", "Start again with the accounts of a seed", "POST", "import", "", Body::File, "",
-     ""},
+     "", " seed.json"},
 };
 
 QString textOf(const QJsonValue &value)
@@ -272,6 +275,9 @@ void addAdministrationCommands(Commands commands)
             group =
                 groups.emplace(call.group, emulator.group(call.group, description.c_str())).first;
         }
-        group->second.add(call.name, call.description, "", std::make_shared<Administration>(call));
+        const std::string example = std::string("emulator ") + call.group +
+                                    (*call.group == '\0' ? "" : " ") + call.name + call.example;
+        group->second.add(call.name, call.description, example.c_str(),
+                          std::make_shared<Administration>(call));
     }
 }
