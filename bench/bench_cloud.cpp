@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The cost of one small POST on a kept-alive loopback connection, through the account client and
 // through a bare libcurl easy handle, both against the same server in the same run.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The package Passport: libraries, public headers, a CMake package, a pkg-config file, and what lies under share/.
 # Each file belongs to a component, which is what somebody installs together: Library (what a host's program
 # needs), Development, Tools, WebTool, Documentation.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What cpack makes of an installation: a tar.gz with all components, and a Debian package for each.
 set(CPACK_PACKAGE_NAME libpassport)
 set(CPACK_PACKAGE_VENDOR "The libpassport developers")

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Adds the folders of Homebrew's formulae to what find_package() searches, since some of them, such as qt@5 and
 # curl, are kept out of the usual ones. What the user names in CMAKE_PREFIX_PATH comes before them.
 function(passport_search_homebrew)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What every target of the project has in common, and one small function for each kind of target.
 
 include(CheckCXXCompilerFlag)

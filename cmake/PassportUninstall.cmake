@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Removes what the last "install" of a build wrote, by its list MANIFEST, and then our folders that this left empty.
 if(NOT EXISTS "${MANIFEST}")
   message(FATAL_ERROR "Nothing was installed from here: there is no ${MANIFEST}.")

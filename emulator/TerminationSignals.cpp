@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "TerminationSignals.h"
 
 #include <QtCore/QtGlobal>

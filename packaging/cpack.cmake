@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Read by cpack for each kind of package.
 set(CPACK_PRE_BUILD_SCRIPTS)
 if(IS_DIRECTORY "${CPACK_PASSPORT_DOCUMENTATION}")

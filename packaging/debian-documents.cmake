@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Puts into each Debian package the copyright and the changelogs that every one of them has. A version that
 # CHANGELOG.md has no date for is packed as of today.
 file(READ "${CPACK_RESOURCE_FILE_LICENSE}" licence)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Takes away the scripts by which cpack has ldconfig run: Debian's trigger does that.
 foreach(package IN LISTS CPACK_PACKAGE_FILES)
   set(folder "${package}.unpacked")

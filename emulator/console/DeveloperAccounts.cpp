@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "console/DeveloperAccounts.h"
 
 #include "http/Refusal.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "console/DeveloperApi.h"
 
 #include "http/Fields.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The form that adds or changes an account.
 
 import { button, field, make, showDialog, text } from './console.js';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Who exists, and who is signed in.
 
 import { accountForm } from './account-form.js';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the tabs share: elements and texts, tables that change in place, copying, dialogs.
 
 const sentences = new Map();

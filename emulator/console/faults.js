@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What is to go wrong with the answers: switches for each request and kind, and what is on.
 
 import { button, choice, field, make, setText, text } from './console.js';

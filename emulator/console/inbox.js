@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The verification codes that have been sent, and the captchas with their answers.
 
 import { cell, copyable, formatAge, formatDate, formatTime, hasText, make } from './console.js';

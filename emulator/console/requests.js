@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What programs have asked, and what they were answered.
 
 import { button, cell, choice, copyable, copyButton, field, formatTime, make } from './console.js';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The developer's calls, and the emulator's clock.
 
 import { say, text } from './console.js';

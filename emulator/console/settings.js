@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // How the service behaves, its clock, and its data as a whole.
 
 import { button, choice, confirmed, field, formatDate, make } from './console.js';

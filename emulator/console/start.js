@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The tabs, what stands above each of them, and the state of the emulator once a second.
 
 import { accounts } from './accounts.js';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "http/Answer.h"
 
 #include <QtCore/QJsonDocument>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "http/Connection.h"
 
 #include <httplib.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "http/Faults.h"
 
 #include "http/Fields.h"

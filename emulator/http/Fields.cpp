@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "http/Fields.h"
 
 #include "http/Refusal.h"

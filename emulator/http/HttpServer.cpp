@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "http/HttpServer.h"
 
 #include "http/Connection.h"

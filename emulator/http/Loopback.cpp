@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "http/Loopback.h"
 
 #include "http/Refusal.h"

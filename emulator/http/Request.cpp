@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "http/Request.h"
 
 #include "http/Refusal.h"

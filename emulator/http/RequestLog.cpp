@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "http/RequestLog.h"
 
 #include <QtCore/QJsonDocument>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "http/WorkerWait.h"
 
 #include "http/Connection.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/AccountService.h"
 
 #include "http/Fields.h"

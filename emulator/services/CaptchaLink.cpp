@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/CaptchaLink.h"
 
 #include <QtCore/QUuid>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/CaptchaPicture.h"
 
 #include <QtCore/QBuffer>

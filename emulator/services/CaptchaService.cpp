@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/CaptchaService.h"
 
 #include "http/Refusal.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/CodeService.h"
 
 #include "http/Refusal.h"

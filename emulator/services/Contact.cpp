@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/Contact.h"
 
 #include "http/Refusal.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/CountryService.h"
 
 #include "http/Fields.h"

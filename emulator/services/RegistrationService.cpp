@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "services/RegistrationService.h"
 
 #include "http/Fields.h"

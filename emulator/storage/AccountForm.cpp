@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "storage/AccountForm.h"
 
 #include "http/Fields.h"

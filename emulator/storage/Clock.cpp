@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "storage/Clock.h"
 
 #include "http/Refusal.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "storage/Database.h"
 
 #include "storage/DataFile.h"

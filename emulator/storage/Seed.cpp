@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "storage/Seed.h"
 
 #include "http/Fields.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "storage/Sessions.h"
 
 #include "storage/Secrets.h"

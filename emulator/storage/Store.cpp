@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "storage/Store.h"
 
 #include "storage/Challenges.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "web/WebPages.h"
 
 #include "http/Refusal.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 import { contact, filled, finish, serveForm } from './form.js';
 import { call, element, Failure, showFailure, tool } from './page.js';
 import { Verification } from './verification.js';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The calling codes to choose from, by country. Where the service gives no list, a field to type.
 
 import { call, element } from './page.js';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 import { finish, knownName, newPassword, serveForm } from './form.js';
 import { Verification } from './verification.js';
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The form of a page: its fields, its submission and its end.
 
 import { offerAreas } from './areas.js';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Another language without another page, so that what was typed, chosen and sent stays.
 
 const attributes = ['alt', 'aria-label', 'data-text', 'href', 'hreflang', 'lang'];

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the pages share: failures in words, the account API, the web tool around a page.
 
 import './language.js'; // first: it reads the page as it came

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The privacy policy over the form, so that nothing typed there is lost.
 
 import { pageAt } from './language.js';

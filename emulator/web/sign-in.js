@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 import { awaited, filled, finish, knownName, serveForm } from './form.js';
 import { call, clearMessage, element, report } from './page.js';
 import { Verification } from './verification.js';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 import { contact, finish, newPassword, serveForm } from './form.js';
 import { Verification } from './verification.js';
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The captcha and the verification code of a form.
 
 import { filled } from './form.js';

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The least that is right. Usage: minimal PASSPORT-DIRECTORY CLOUD-CONFIGURATION USER < password
 #include <passport/Passport.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ScriptedCloud.h"
 
 #include <QtCore/QMetaObject>

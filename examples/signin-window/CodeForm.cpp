@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CodeForm.h"
 
 #include "CountdownButton.h"

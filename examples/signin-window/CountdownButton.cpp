@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CountdownButton.h"
 
 #include <QtCore/QEvent>

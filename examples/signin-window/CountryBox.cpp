@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CountryBox.h"
 
 #include "CountryNames.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "CountryNames.h"
 
 #include "Words.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Heading.h"
 
 #include <QtWidgets/QLabel>

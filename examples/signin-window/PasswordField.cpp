@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PasswordField.h"
 
 #include <QtWidgets/QLineEdit>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ProfilePage.h"
 
 #include "Field.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Requests.h"
 
 using namespace VelqorPassPort;

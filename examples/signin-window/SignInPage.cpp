@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SignInPage.h"
 
 #include "CodeForm.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "SignInWindow.h"
 
 #include "Field.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "WebLinks.h"
 
 #include "Requests.h"

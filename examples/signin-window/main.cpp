@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // A desktop host. Usage: signin-window PASSPORT-DIRECTORY [CLOUD], where CLOUD is the address of an
 // account cloud or the name of an environment, "local" when it is left out.
 #include "SignInWindow.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/Answer_p.h"
 
 #include <QtCore/QJsonDocument>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/AnswerReader_p.h"
 
 #include "nubelo/Log_p.h"

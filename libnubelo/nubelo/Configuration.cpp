@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/Configuration_p.h"
 
 #include <QtCore/QFile>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/CurlError_p.h"
 
 #include <QtCore/QByteArray>

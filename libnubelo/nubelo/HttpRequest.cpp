@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/HttpRequest_p.h"
 
 #include "nubelo/Configuration_p.h"

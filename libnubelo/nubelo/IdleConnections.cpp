@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/IdleConnections_p.h"
 
 #include <poll.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/Proxy_p.h"
 
 #include <QtCore/QStringList>

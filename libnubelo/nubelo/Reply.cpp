@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/Reply.h"
 
 #include "nubelo/Answer_p.h"

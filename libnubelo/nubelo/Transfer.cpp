@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/Transfer_p.h"
 
 #include "nubelo/CurlError_p.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/Transport_p.h"
 
 #include <QtCore/QSocketNotifier>

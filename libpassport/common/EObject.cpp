@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "common/EObject.h"
 
 #include "common/ErrorCommon.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "common/ErrorCommon.h"
 
 #include "common/CommunityErrorCode.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #if defined(__APPLE__)
 
 #include <dlfcn.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/ConfigBase.h"
 
 #include "common/Log.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/ConfigInformation.h"
 
 #include "common/Log.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/FileRewrite_p.h"
 
 #include <QtCore/QFileInfo>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/ServiceLocator.h"
 
 std::shared_ptr<ConfigMgr> ServiceLocator::g_cfgMgr;

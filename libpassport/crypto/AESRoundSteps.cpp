@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "crypto/AESEncryption.h"
 
 #include "crypto/kernels/AesTables_p.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "crypto/EDData.h"
 
 #include "common/Log.h"

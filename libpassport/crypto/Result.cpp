@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "crypto/Result_p.h"
 
 namespace VelqorPassPort {

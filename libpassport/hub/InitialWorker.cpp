@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hub/InitialWorker.h"
 
 #include "common/Log.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "hub/ProcessControl.h"
 
 #include <QtCore/QProcess>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "passport/PassportCommunityError.h"
 
 namespace VelqorPassPort {

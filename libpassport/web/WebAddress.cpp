@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "web/WebAddress_p.h"
 
 #include "config/ConfigInformation.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "web/WebOutput_p.h"
 
 namespace VelqorPassPort {

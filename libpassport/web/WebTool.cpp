@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "web/WebTool_p.h"
 
 #include "common/Log.h"

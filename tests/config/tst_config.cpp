@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/ConfigInformation.h"
 #include "config/ConfigMgr.h"
 #include "support/ChildProcess.h"

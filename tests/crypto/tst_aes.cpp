@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "crypto/AESEncryption.h"
 #include "support/Rows.h"
 

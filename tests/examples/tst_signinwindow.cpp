@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Notice.h"
 #include "SignInWindow.h"
 #include "Translations.h"

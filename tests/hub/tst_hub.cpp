@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "config/ServiceLocator.h"
 #include "hub/InitialWorker.h"
 #include "hub/ProcessControl.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/RawServer.h"
 
 #include "support/Rows.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/CloudFixture.h"
 
 #include <QtNetwork/QTcpServer>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "crypto/EDData.h"
 #include "passport/Passport.h"
 #include "support/LogCapture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/AccountClient.h"
 
 #include <QtCore/QJsonDocument>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/PassportDirectory.h"
 
 #include <QtCore/QDir>

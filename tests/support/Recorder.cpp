@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/Recorder.h"
 
 #include <QtCore/QDir>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/ScriptedClient.h"
 
 #include <QtCore/QDebug>

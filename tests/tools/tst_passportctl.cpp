@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "nubelo/RawServer.h"
 #include "passport/testing/Emulator.h"
 #include "support/PassportDirectory.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "common/Log.h"
 #include "passport/Passport.h"
 #include "support/LogCapture.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "support/Rows.h"
 #include "web/WebOutput_p.h"
 

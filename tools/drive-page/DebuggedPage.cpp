@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "DebuggedPage.h"
 
 #include <QtCore/QEventLoop>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "errortable/ErrorTable.h"
 
 #include <QtCore/QFile>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "PageChannel.h"
 
 #include "Report.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Start.h"
 
 #include <QtCore/QRegularExpression>

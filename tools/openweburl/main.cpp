@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Page.h"
 #include "PageChannel.h"
 #include "ReportPipe.h"

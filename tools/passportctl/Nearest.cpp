@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Nearest.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The manual page and the completion files, made by the program from the declaration of its own
 # command line.
 if(CMAKE_CROSSCOMPILING AND NOT CMAKE_CROSSCOMPILING_EMULATOR)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Pictures of examples/signin-window in all its states. Usage: window-pictures DIRECTORY LOCALE
 // SCALE, where SCALE is that of the font. Ends with 1 when a text is cut or a page has a mnemonic
 // twice.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #if defined(__aarch64__)
 
 #include "crypto/kernels/Routines_p.h"

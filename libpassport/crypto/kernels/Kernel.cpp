@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "crypto/kernels/Kernel_p.h"
 
 namespace VelqorPassPort::Kernels {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "crypto/kernels/AesTables_p.h"
 #include "crypto/kernels/Routines_p.h"
 

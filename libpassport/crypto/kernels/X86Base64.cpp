@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #if defined(__x86_64__)
 
 #include "crypto/kernels/Routines_p.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "crypto/kernels/Routines_p.h"
 
 #if defined(__x86_64__)

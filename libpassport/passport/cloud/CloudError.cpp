@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "passport/cloud/CloudError_p.h"
 
 #include <QtCore/QMetaEnum>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "passport/PassportNubelo.h"
 
 #include <QtCore/QUuid>

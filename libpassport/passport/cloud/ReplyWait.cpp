@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "passport/cloud/ReplyWait_p.h"
 
 #include "common/Log.h"

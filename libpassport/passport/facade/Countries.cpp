@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "passport/Passport.h"
 
 #include "passport/OutcomeLog_p.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "passport/testing/Emulator.h"
 
 #include <QtCore/QDeadlineTimer>

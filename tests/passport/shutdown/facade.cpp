@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "facade.h"
 
 void liveOnce(const QStringList &arguments)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // One way to live and end with a facade: host WHEN INITIAL REQUEST [PLUGIN]. Ends with 0 when it
 // got to its end; the sanitizers say the rest.
 

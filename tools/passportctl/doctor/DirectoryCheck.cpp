@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Checks.h"
 
 #include "../WebTool.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "Checks.h"
 
 // Of another request library nothing is known but what the library's own interface tells.

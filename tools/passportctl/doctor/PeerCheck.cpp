@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "BundledChecks.h"
 #include "ServiceProbe.h"
 

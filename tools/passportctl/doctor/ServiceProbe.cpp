@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ServiceProbe.h"
 
 #include <nubelo/Proxy_p.h>
