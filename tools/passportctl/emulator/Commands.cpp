@@ -92,8 +92,9 @@ Exit Inbox::run(Host &host)
             {text("time"),
              QStringLiteral("%1  %2  %3").arg(text("code"), text("purpose"), text("username"))});
     }
-    return host.output().success(QStringLiteral("%1 codes").arg(rows.size()), rows,
-                                 {{QStringLiteral("inbox"), messages}});
+    return host.output().success(rows.size() == 1 ? QStringLiteral("1 code")
+                                                  : QStringLiteral("%1 codes").arg(rows.size()),
+                                 rows, {{QStringLiteral("inbox"), messages}});
 }
 
 } // namespace
