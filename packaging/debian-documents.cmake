@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Puts into each Debian package the copyright and the changelogs that every one of them has. A version that
-# CHANGELOG.md has no date for is packed as of today.
+# Puts into each Debian package the copyright and the changelogs that every one of them has, and compresses its manual
+# pages. A version that CHANGELOG.md has no date for is packed as of today.
 file(READ "${CPACK_RESOURCE_FILE_LICENSE}" licence)
 string(REGEX MATCH "Copyright[^\n]*" holder "${licence}")
 string(REGEX REPLACE "^.*\n\nPermission" "Permission" licence "${licence}")
@@ -41,6 +41,10 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   file(WRITE "${folder}/copyright" "${copyright}")
   execute_process(COMMAND gzip -9nc "${CPACK_PASSPORT_CHANGELOG}" OUTPUT_FILE "${folder}/changelog.gz"
     COMMAND_ERROR_IS_FATAL ANY)
+  file(GLOB manuals "${share}/man/man1/*.1")
+  foreach(manual IN LISTS manuals)
+    execute_process(COMMAND gzip -9nf "${manual}" COMMAND_ERROR_IS_FATAL ANY)
+  endforeach()
   execute_process(COMMAND gzip -9nc "${changelog}" OUTPUT_FILE "${folder}/changelog.Debian.gz"
     COMMAND_ERROR_IS_FATAL ANY)
 endforeach()

@@ -69,19 +69,22 @@ private Q_SLOTS:
         QVERIFY(told().startsWith("Please type"));
         fillIn(Qt::Key_A, "ada@example.com");
         fillIn(Qt::Key_W, "correct horse 1");
-        auto *once = new QObject(window.get());
-        const auto act = [&] {
-            delete once;
-            QCOMPARE(told(), QString());
+        for (int time = 0; time < 2; ++time) { // what was told goes with the next request
+            auto *once = new QObject(window.get());
+            const auto act = [&] {
+                delete once;
+                QCOMPARE(told(), QString());
+                QVERIFY(!child("password")->isEnabled());
+                press(Qt::Key_Return);
+                press(Qt::Key_S, Qt::AltModifier);
+                press(Qt::Key_V, Qt::AltModifier); // a captcha would be a second request
+                press(Qt::Key_Escape);
+            };
+            connect(window->findChild<Requests *>(), &Requests::busyChanged, once, act,
+                    Qt::QueuedConnection);
             press(Qt::Key_Return);
-            press(Qt::Key_S, Qt::AltModifier);
-            press(Qt::Key_V, Qt::AltModifier); // a captcha would be a second request
-            press(Qt::Key_Escape);
-        };
-        connect(window->findChild<Requests *>(), &Requests::busyChanged, once, act,
-                Qt::QueuedConnection);
-        press(Qt::Key_Return);
-        QCOMPARE(told(), "This was cancelled.");
+            QCOMPARE(told(), "This was cancelled.");
+        }
         QVERIFY(window->isVisible() && child("password")->hasFocus());
         QCOMPARE(emulator.requests().last().toObject()["name"], "userLogin");
     }
@@ -113,10 +116,13 @@ private Q_SLOTS:
         init();
         auto *country = child<QComboBox>("country");
         QTRY_COMPARE(country->currentText(), "China (+86)");
-        for (const char *typed : {"germ", "deu", "+49", "zzz"}) {
+        const QString germany = "Deutschland (+49)",
+                      india = "Indien (+91)"; // not an ocean's territory
+        for (const auto &[typed, found] :
+             {std::pair("germ", germany), {"indi", india}, {"+49", germany}, {"zzz", germany}}) {
             fillIn(Qt::Key_L, typed);
             press(Qt::Key_Tab);
-            QCOMPARE(country->currentText(), "Deutschland (+49)");
+            QCOMPARE(country->currentText(), found);
         }
     }
 
