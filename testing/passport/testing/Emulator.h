@@ -89,7 +89,8 @@ public:
     }
 
     /// Verification codes sent after the one with this "id", oldest first: "id", "username",
-    /// "phoneArea", "purpose", "code", "lang", "time", "expires", "state". Where there is none, waits for one.
+    /// "phoneArea", "purpose", "code", "lang", "time", "expires", "state". Where there is none,
+    /// waits for one.
     QJsonArray inbox(qint64 after = 0, int waitMs = 0);
     QString latestCode(); ///< empty when none was sent
 
