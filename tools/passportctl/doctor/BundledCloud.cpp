@@ -9,7 +9,7 @@ namespace {
 
 std::optional<Nubelo::Configuration> configure(Host &host, Findings &findings)
 {
-    const auto configuration = checkMembers(host.options(), host.overrides(), findings);
+    auto configuration = checkMembers(host.options(), host.overrides(), findings);
     if (!configuration)
         return std::nullopt;
     const PassportCommunityError record = host.applyOptions();

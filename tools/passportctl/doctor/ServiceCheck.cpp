@@ -33,7 +33,7 @@ PassportCommunityError checkService(Host &host, Findings &findings)
     for (int i = 0; i < times; ++i) {
         QElapsedTimer clock;
         clock.start();
-        const PassportCommunityError record = host.requestStatus(result);
+        PassportCommunityError record = host.requestStatus(result);
         if (record.isError())
             return record;
         milliseconds.push_back(static_cast<double>(clock.nsecsElapsed()) / 1e6);
