@@ -6,7 +6,7 @@ import { setText, Table, text } from './console.js';
 import { act, call, serviceAddress } from './service.js';
 
 const shownAtOnce = 100;
-const keptAtMost = 2000;
+const keptAtMost = 1000;
 
 let entries = []; // the newest first
 let lastId = 0;
