@@ -124,12 +124,12 @@ QString Host::address()
     QVariantMap data;
     m_passport.configData(data);
     const QString environment = data.value(QStringLiteral("cloudEnvironment")).toString();
-    const QString address = data.value(QStringLiteral("environments"))
-                                .toMap()
-                                .value(environment)
-                                .toMap()
-                                .value(QStringLiteral("cloud"))
-                                .toString();
+    QString address = data.value(QStringLiteral("environments"))
+                          .toMap()
+                          .value(environment)
+                          .toMap()
+                          .value(QStringLiteral("cloud"))
+                          .toString();
     if (address.isEmpty() && environment == QLatin1String("local"))
         return QStringLiteral("http://127.0.0.1:8787/v1");
     return address;

@@ -102,10 +102,10 @@ std::optional<Exit> WebCommand::findProgram(const Host &host) const
 void WebCommand::listen(Host &host)
 {
     Passport *passport = &host.passport();
-    const Output &output = host.output();
-    const auto result = [this, &output](const QString &signal, const Output::Rows &rows) {
+    const Output *output = &host.output();
+    const auto result = [this, output](const QString &signal, const Output::Rows &rows) {
         m_hasResult = true;
-        note(output, signal, rows);
+        note(*output, signal, rows);
     };
     QObject::connect(passport, &Passport::tokenReceived, passport, [=](const QString &token) {
         result(QStringLiteral("tokenReceived"), {{QStringLiteral("token"), secret(token)}});
@@ -123,7 +123,7 @@ void WebCommand::listen(Host &host)
     QObject::connect(passport, &Passport::supplySuccess, passport,
                      [=] { result(QStringLiteral("supplySuccess"), {}); });
     QObject::connect(passport, &Passport::webpageClosed, passport,
-                     [this, &output] { note(output, QStringLiteral("webpageClosed"), {}); });
+                     [=] { note(*output, QStringLiteral("webpageClosed"), {}); });
 }
 
 void WebCommand::note(const Output &output, const QString &signal, const Output::Rows &rows)

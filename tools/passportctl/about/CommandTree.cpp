@@ -42,10 +42,12 @@ CommandDescription::CommandDescription(const CLI::App &app, const QString &paren
         commands.append(CommandDescription(*below, path));
 }
 
-QVector<const CommandDescription *> CommandDescription::all() const
+std::vector<const CommandDescription *> CommandDescription::all() const
 {
-    QVector<const CommandDescription *> list{this};
-    for (const CommandDescription &command : commands)
-        list += command.all();
+    std::vector<const CommandDescription *> list{this};
+    for (const CommandDescription &command : commands) {
+        const auto below = command.all();
+        list.insert(list.end(), below.begin(), below.end());
+    }
     return list;
 }

@@ -4,6 +4,8 @@
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
+#include <vector>
+
 namespace CLI {
 class App;
 }
@@ -35,5 +37,5 @@ struct CommandDescription
     QVector<CommandDescription> commands;
 
     /// Itself and all below it.
-    QVector<const CommandDescription *> all() const;
+    std::vector<const CommandDescription *> all() const;
 };

@@ -18,8 +18,10 @@ QString quoted(QString text)
 QString patterns(const CommandDescription &program, const QString &separator)
 {
     QStringList paths;
-    for (const CommandDescription *command : program.all().mid(1))
-        paths.append(quoted(command->path));
+    for (const CommandDescription *command : program.all()) {
+        if (command != &program)
+            paths.append(quoted(command->path));
+    }
     return paths.join(separator);
 }
 
@@ -44,16 +46,18 @@ const QString text = QStringLiteral("TEXT");
 
 /// What may come next, each word with its description. The program's own options may stand behind
 /// every command, too.
-QVector<QPair<QString, QString>> wordsAt(const CommandDescription &command,
-                                         const CommandDescription &program)
+std::vector<std::pair<QString, QString>> wordsAt(const CommandDescription &command,
+                                                 const CommandDescription &program)
 {
-    QVector<QPair<QString, QString>> words;
+    std::vector<std::pair<QString, QString>> words;
     for (const CommandDescription &below : command.commands)
-        words.append({below.name, below.description});
-    const auto own = &command == &program ? QVector<OptionDescription>() : command.options;
-    for (const OptionDescription &option : own + program.options) {
+        words.emplace_back(below.name, below.description);
+    auto options = program.options;
+    if (&command != &program)
+        options = command.options + options;
+    for (const OptionDescription &option : qAsConst(options)) {
         if (!option.isArgument)
-            words.append({option.names.last(), option.description});
+            words.emplace_back(option.names.last(), option.description);
     }
     return words;
 }

@@ -98,7 +98,8 @@ QString manualPage(const CommandDescription &program)
     }
     text += section(QStringLiteral("Notes"));
     text += QStringLiteral(".nf\n");
-    for (const QString &line : program.footer.split(QLatin1Char('\n')))
+    const QStringList lines = program.footer.split(QLatin1Char('\n'));
+    for (const QString &line : lines)
         text += escaped(line) + QLatin1Char('\n');
     text += QStringLiteral(".fi\n");
     text += section(QStringLiteral("See also"));
