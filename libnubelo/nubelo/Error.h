@@ -18,6 +18,7 @@ class NUBELO_EXPORT Error
     Q_GADGET
 
 public:
+    /// By range: the network, its proxies, what HTTP statuses say, and requests refused unsent.
     enum ErrorCode : int {
         NoError = 0,
 

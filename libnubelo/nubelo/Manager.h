@@ -27,15 +27,19 @@ class NUBELO_EXPORT Manager : public QObject
     Q_OBJECT
 
 public:
+    /// The HTTP method.
     enum HttpRequestType : int { Post = 0, Get = 1, Put = 2, Delete = 3, Patch = 4, Head = 5 };
     Q_ENUM(HttpRequestType)
 
+    /// Of the body, beside what TLS does; there is none as yet.
     enum HttpEncryptType : int { NoEncrypt = 0 };
     Q_ENUM(HttpEncryptType)
 
+    /// By the library itself; a host sends its token among the headers.
     enum CloudAuthentication : int { NoAuthentication = 0 };
     Q_ENUM(CloudAuthentication)
 
+    /// Opens nothing yet: connections begin with the first request.
     explicit Manager(QObject *parent = nullptr);
     ~Manager() override;
 

@@ -46,6 +46,7 @@ Q_SIGNALS:
     void sslErrorOccurred(const QList<QSslError> &errors);
 
 protected:
+    /// Sees the first receiver of a signal come.
     void connectNotify(const QMetaMethod &signal) override;
 
 private:

@@ -16,6 +16,7 @@ class PASSPORT_EXPORT CommunityErrorCode
     Q_GADGET
 
 public:
+    /// In the order of the modules that they come from; see docs/errors.md for what to do on each.
     enum ErrorCode : int {
         // What the account service itself reports.
         NoError = 0x0,

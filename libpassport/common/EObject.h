@@ -14,6 +14,7 @@ class PASSPORT_EXPORT EObject : public QObject
     Q_OBJECT
 
 public:
+    /// Without an error.
     explicit EObject(QObject *parent = nullptr);
     ~EObject() override;
 

@@ -5,6 +5,9 @@
 
 #include <QtCore/QLoggingCategory>
 
+/// \file
+/// Where the library logs to.
+
 /// The library's one logging category, "velqor.passport.lib", with every message type enabled.
 ///
 /// Created on first use; callable from any thread. A host filters it with Qt's logging rules.

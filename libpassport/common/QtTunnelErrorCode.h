@@ -16,6 +16,7 @@ class PASSPORT_EXPORT QtTunnelErrorCode
     Q_GADGET
 
 public:
+    /// Values are fixed: the hub sends them.
     enum ErrorCode : int {
         NoError = 0,
         ProtocolError = 1,

@@ -6,6 +6,7 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 
+/// \file
 /// Small information files: flat JSON objects of texts, such as the remembered account.
 ///
 /// Both functions may be called from any thread: one process-wide lock lets no read and no

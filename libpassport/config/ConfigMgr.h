@@ -29,8 +29,9 @@ public:
     /// True if a file exists at the path as given or below the application directory.
     bool fileExists(QString path) const;
 
-    /// The documents, empty pointers until they are loaded.
+    /// The document of the system; an empty pointer until it is loaded.
     std::shared_ptr<ConfigBase> systemConfig() const;
+    /// The document of the passport; an empty pointer until it is loaded.
     std::shared_ptr<ConfigBase> passportConfig() const;
 
 private:

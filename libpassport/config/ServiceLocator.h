@@ -16,10 +16,12 @@ public:
     /// Puts a new manager, which has loaded nothing yet, in the place of any earlier one.
     static void init();
 
+    /// Lets go of the manager, if there is one.
     static void release();
 
     /// The manager, empty before init() and after release().
     static std::shared_ptr<ConfigMgr> configMgr();
 
+    /// What configMgr() returns; set by init() and release() alone.
     static std::shared_ptr<ConfigMgr> g_cfgMgr;
 };

@@ -25,6 +25,7 @@ public:
     /// padding adds what ZERO adds and removes nothing.
     enum Padding : int { ZERO = 0, PKCS7 = 1, ISO = 2 };
 
+    /// What encode() and decode() work with; a key is given to each call.
     AESEncryption(Aes aes, Mode mode, Padding padding);
 
     /// encode() of a temporary object.
@@ -53,34 +54,38 @@ public:
 
     /// The round keys, 176, 208 or 240 bytes (FIPS 197, 5.2).
     std::string expandKey(const std::string &key) const;
-    /// encode() and decode() with the result of expandKey(); a shorter one throws
-    /// std::out_of_range. Callers know these names by their spelling.
+    /// encode() with the result of expandKey(); a shorter one throws std::out_of_range. Callers
+    /// know this name by its spelling.
     std::string encodeWithExpanedKey(const std::string &text, const std::string &expandedKey,
                                      const std::string &iv) const;
+    /// decode() in the same way.
     std::string decodeWithExpanedKey(const std::string &data, const std::string &expandedKey,
                                      const std::string &iv) const;
 
     /// The bytes to add to a text of that length; empty for a block size below 1.
     std::string getPadding(int length, int blockSize) const;
+    /// The text without its padding. One that cannot end so, such as nothing but zero bytes under
+    /// ZERO, throws std::out_of_range.
     std::string removePadding(const std::string &text) const;
 
     /// The block the round steps work on, at least 16 bytes and owned by the caller; null when
     /// idle. An idle round step does nothing.
     void setState(std::string *block);
 
-    // The round steps (FIPS 197, 5.1 and 5.3).
-    void addRoundKey(int round, const std::string &expandedKey);
-    void subBytes();
-    void shiftRows();
-    void mixColumns();
-    void invSubBytes();
-    void invShiftRows();
+    // The round steps (FIPS 197, 5.1 and 5.3), each in place on the block.
+    void addRoundKey(int round, const std::string &expandedKey); ///< AddRoundKey
+    void subBytes();                                             ///< SubBytes
+    void shiftRows();                                            ///< ShiftRows
+    void mixColumns();                                           ///< MixColumns
+    void invSubBytes();                                          ///< InvSubBytes
+    void invShiftRows();                                         ///< InvShiftRows
     void invInScan3Columns(); ///< InvMixColumns; callers know it by this name.
 
     /// XOR byte by byte over the shorter length.
     static std::string byteXor(const std::string &left, const std::string &right);
     /// A block of 16 bytes through all rounds, composed of the round steps.
     std::string cipher(const std::string &expandedKey, const std::string &block);
+    /// A block back through all rounds.
     std::string invCipher(const std::string &expandedKey, const std::string &block);
 
 private:

@@ -21,6 +21,7 @@ public:
     /// Text that is no protected text gives bytes without meaning: there is no error.
     std::string global_deserialize(const std::string &text) const;
 
+    /// Base64 of that many bytes; empty for none.
     std::string base64_encode(const unsigned char *bytes, unsigned int length) const;
     /// Decodes up to the first character outside the alphabet ("=", a line break, ...) and ignores
     /// the rest. A last group of 2 or 3 characters gives 1 or 2 bytes, a single one nothing.

@@ -6,6 +6,7 @@
 #include <QtCore/QList>
 #include <QtCore/QString>
 
+/// \file
 /// Finding and ending programs by name, through the platform's own "ps" and "killall".
 ///
 /// Callable from any thread; nothing is shared between calls.

@@ -33,6 +33,7 @@ class PASSPORT_EXPORT Passport : public QObject
     Q_OBJECT
 
 public:
+    /// Starts the cloud thread and writes version and build to the log. Reads no file.
     explicit Passport(QObject *parent = nullptr);
     ~Passport() override;
 
@@ -54,8 +55,9 @@ public:
     /// Changes the passport directory, and nothing else.
     void setPassportDir(QString dir);
 
-    /// The session token; empty before the first sign-in.
+    /// What shows from now on whose account is meant; the next sign-in replaces it.
     void setToken(QString token);
+    /// The session token; empty before the first sign-in.
     QString token() const;
 
     // The cloud configuration; in force when a setter returns.

@@ -15,6 +15,7 @@ namespace VelqorPassPort {
 /// A plain value without a thread of its own; every operation that can fail returns one.
 struct PASSPORT_EXPORT PassportCommunityError
 {
+    /// What a program decides by.
     CommunityErrorCode::ErrorCode errorCode = CommunityErrorCode::NoError;
     /// A server word, a fixed word or the key name of errorCode; empty on success.
     QString errorName;
@@ -23,6 +24,7 @@ struct PASSPORT_EXPORT PassportCommunityError
     /// The same text parsed as JSON; null when there is none or it is not JSON.
     QJsonDocument errorData;
 
+    /// True for every outcome but success.
     bool isError() const { return errorCode != CommunityErrorCode::NoError; }
 
     /// Fills the record from the error word of a failed answer.

@@ -36,6 +36,7 @@ class PASSPORT_EXPORT PassportNubelo : public QObject
     Q_OBJECT
 
 public:
+    /// Starts the cloud thread. Nothing is sent.
     explicit PassportNubelo(QObject *parent = nullptr);
     /// Returns when the cloud thread has ended; requests still open end as aborted first.
     ~PassportNubelo() override;
@@ -130,6 +131,7 @@ public:
     /// Merges an answer of the service into the stored profile.
     Q_INVOKABLE void setUserInfo(QVariantMap info);
 
+    /// What shows from now on whose account is meant; the next sign-in replaces it.
     Q_INVOKABLE void setToken(QString token);
     /// The session token; empty before the first sign-in.
     Q_INVOKABLE QString token() const;

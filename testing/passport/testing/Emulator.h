@@ -30,9 +30,9 @@ public:
     /// What came back over HTTP.
     struct Answer
     {
-        int httpStatus = 0; ///< 0: no whole header came
-        QByteArray head;
-        QByteArray body;
+        int httpStatus = 0;       ///< 0: no whole header came
+        QByteArray head;          ///< status line and header lines
+        QByteArray body;          ///< as it came
         QJsonObject json() const; ///< the body; empty when it is not a JSON object
     };
 
@@ -79,6 +79,7 @@ public:
     {
         return !devPost(QStringLiteral("faults"), fault).isUndefined();
     }
+    /// Ends all faults.
     bool clearFaults() { return !devDelete(QStringLiteral("faults")).isUndefined(); }
 
     /// At first {"codeIntervalSeconds": 60, "codeLifetimeSeconds": 300, ...}; those not named stay
@@ -94,21 +95,27 @@ public:
     QJsonArray inbox(qint64 after = 0, int waitMs = 0);
     QString latestCode(); ///< empty when none was sent
 
+    /// What is to be typed for that captcha; empty when there is none by that identifier.
     QString captchaAnswer(const QString &captchaId);
     /// Of the captcha that a client fetched last; empty when there is none.
     QString latestCaptchaAnswer();
 
-    /// One call below /_dev/, of which the above are the usual ones: its result, or undefined when
-    /// it failed.
+    // One call below /_dev/, of which the above are the usual ones: its result, or undefined when
+    // it failed.
+
+    /// Reads.
     QJsonValue devGet(const QString &path) { return dev("GET", path); }
+    /// Adds, or starts something.
     QJsonValue devPost(const QString &path, const QJsonObject &body = {})
     {
         return dev("POST", path, body);
     }
+    /// Changes the members named in `body`.
     QJsonValue devPatch(const QString &path, const QJsonObject &body)
     {
         return dev("PATCH", path, body);
     }
+    /// Removes.
     QJsonValue devDelete(const QString &path) { return dev("DELETE", path); }
 
     /// Any request, on a connection of its own. Headers are lines without their end; "Host" is
