@@ -11,7 +11,7 @@ int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
     // Debug lines carry passwords and tokens.
-    QLoggingCategory::setFilterRules(QStringLiteral("velqor.passport.lib=false"));
+    QLoggingCategory::setFilterRules(QStringLiteral("velqor.passport.lib.debug=false"));
     QTextStream in(stdin);
     QTextStream out(stdout);
 

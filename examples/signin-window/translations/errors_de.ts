@@ -44,7 +44,7 @@
         <translation>Die Adresse des Dienstes ist ungültig. Bitte wenden Sie sich an den Support.</translation>
     </message>
     <message>
-        <source>There is no such account. A phone number needs its country code.</source>
+        <source>There is no such account. A phone number needs its calling code.</source>
         <translation>Dieses Konto gibt es nicht. Zu einer Telefonnummer gehört die Ländervorwahl.</translation>
     </message>
     <message>
