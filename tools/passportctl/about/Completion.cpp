@@ -166,14 +166,14 @@ complete -c passportctl -f
         const QString path = command->path.isEmpty() ? QString() : QLatin1Char(' ') + command->path;
         if (!path.isEmpty())
             paths.append(quoted(path));
-        // The program's own options may stand behind every command, too.
-        const QString start =
-            path.isEmpty() ? QStringLiteral("complete -c passportctl")
-                           : QStringLiteral("complete -c passportctl -n \"__passportctl_at %1\"")
-                                 .arg(quoted(path));
+        const QString always = QStringLiteral("complete -c passportctl");
+        const QString here =
+            always + QStringLiteral(" -n \"__passportctl_at %1\"").arg(quoted(path));
         for (const CommandDescription &below : command->commands)
             script +=
-                start + QStringLiteral(" -a %1 -d %2\n").arg(below.name, quoted(below.description));
+                here + QStringLiteral(" -a %1 -d %2\n").arg(below.name, quoted(below.description));
+        // The program's own options may stand behind every command, too.
+        const QString start = path.isEmpty() ? always : here;
         for (const OptionDescription &option : command->options) {
             if (!option.isArgument)
                 script += start + fishOption(option) + QLatin1Char('\n');
