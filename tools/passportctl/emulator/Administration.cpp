@@ -150,7 +150,7 @@ void Administration::declare(CLI::App &app)
     if (m_call.body == Body::Json)
         addRequiredText(app, "json", m_source, "JSON object; \"-\" reads it from standard input");
     else if (m_call.body == Body::File)
-        addRequiredText(app, "file", m_source, "Seed; \"-\" reads it from standard input");
+        addRequiredFile(app, "file", m_source, "Seed; \"-\" reads it from standard input");
 }
 
 // Not by the library, whose call for addresses knows no DELETE or PATCH.
