@@ -12,7 +12,7 @@ PassportCommunityError fetchOrders(PassportNubelo &cloud, const Passport &passpo
     const QVariantMap headers{{QStringLiteral("X-Auth-Token"), passport.token()}};
     const QVariantMap query{{QStringLiteral("open"), true}};
     QVariant result;
-    const PassportCommunityError outcome = cloud.requestNubelo(
+    PassportCommunityError outcome = cloud.requestNubelo(
         result, QStringLiteral("orders"), QVariantMap(), query, headers, QStringLiteral("cloud"));
     if (!outcome.isError())
         orders = result.toList();

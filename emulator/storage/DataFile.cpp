@@ -87,7 +87,8 @@ DataFile DataFile::examine(const QString &path)
 void DataFile::create(const QString &draft) const
 {
     // SQLite would take the log of a file that somebody deleted for the new one's.
-    for (const QString &log : logsOf(path))
+    const QStringList logs = logsOf(path);
+    for (const QString &log : logs)
         QFile::remove(log);
     // Unlike a renamed file, a link does not replace what somebody else has put there meanwhile.
     std::error_code error;

@@ -95,7 +95,7 @@ PassportCommunityError CodeForm::fetchPicture()
     const QSize size = QSize(10, 3) * fontMetrics().height();
     const QSize pixels = size * devicePixelRatioF();
     QVariant drawn;
-    const PassportCommunityError outcome = m_requests.run([&](Passport &passport) {
+    PassportCommunityError outcome = m_requests.run([&](Passport &passport) {
         return passport.reqCaptcha(drawn, QString::number(pixels.width()),
                                    QString::number(pixels.height()), QStringLiteral("300"),
                                    QStringLiteral("4"), purpose(), QString());
@@ -114,7 +114,7 @@ PassportCommunityError CodeForm::fetchPicture()
 PassportCommunityError CodeForm::sendCode(const QString &account, const QString &phoneArea)
 {
     QVariant answer;
-    const PassportCommunityError outcome = m_requests.run([&](Passport &passport) {
+    PassportCommunityError outcome = m_requests.run([&](Passport &passport) {
         return passport.reqValidCode(answer, captcha(), account, phoneArea, spokenLanguageTag(),
                                      purpose(), QString());
     });

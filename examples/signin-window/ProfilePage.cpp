@@ -47,6 +47,8 @@ ProfilePage::ProfilePage(Requests &requests, QWidget *parent)
     signOut->setAutoDefault(false);
     m_title->setObjectName(QStringLiteral("title"));
     setFocusProxy(m_refresh);
+    // The style of macOS would keep them at their least width, and cut long values.
+    m_rows->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
 
     auto *buttons = new QHBoxLayout;
     buttons->addStretch();

@@ -14,7 +14,7 @@ PassportCommunityError Requests::run(const Request &request)
     }
     m_running = true;
     Q_EMIT busyChanged(true);
-    const PassportCommunityError outcome = request(m_passport);
+    PassportCommunityError outcome = request(m_passport);
     m_running = false;
     Q_EMIT busyChanged(false);
     return outcome;

@@ -22,7 +22,8 @@ Error::ErrorCode codeOfMissingMemory(const CurlSituation &situation)
     if (!situation.isAsked || situation.isHeaderComplete)
         return Error::UnknownNetworkError;
     try {
-        const QByteArray asMuch(256 * 1024, Qt::Uninitialized);
+        QByteArray asMuch;
+        asMuch.reserve(256 * 1024);
         return Error::RemoteHostClosedError;
     } catch (const std::bad_alloc &) {
         return Error::UnknownNetworkError;

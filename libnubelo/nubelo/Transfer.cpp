@@ -180,8 +180,9 @@ std::size_t Transfer::onHeader(char *line, std::size_t size, std::size_t count, 
 std::size_t Transfer::onBody(char *data, std::size_t size, std::size_t count, void *transfer)
 {
     try {
-        const auto bytes = static_cast<qint64>(size * count);
-        return static_cast<Transfer *>(transfer)->m_reader.takeBody(data, bytes) ? size * count : 0;
+        const std::size_t bytes = size * count;
+        AnswerReader &reader = static_cast<Transfer *>(transfer)->m_reader;
+        return reader.takeBody(data, static_cast<qint64>(bytes)) ? bytes : 0;
     } catch (const std::bad_alloc &) {
         return 0;
     }

@@ -10,6 +10,7 @@ template <typename Function>
 void inThreads(int count, Function function)
 {
     std::vector<std::thread> threads;
+    threads.reserve(static_cast<std::size_t>(count));
     for (int number = 0; number < count; ++number)
         threads.emplace_back([&function, number] { function(number); });
     for (std::thread &thread : threads)

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "DebuggedPage.h"
 
-#include <QtCore/QEventLoop>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QThread>
@@ -59,6 +58,9 @@ QUrl DebuggedPage::find(quint16 port)
 
 DebuggedPage::DebuggedPage(quint16 port)
 {
+    QObject::connect(&m_socket, &QWebSocket::disconnected, &m_loop, &QEventLoop::quit);
+    QObject::connect(&m_socket, &QWebSocket::textMessageReceived, &m_loop,
+                     [this](const QString &text) { take(text); });
     m_socket.open(find(port));
     waitForSignal(&m_socket, &QWebSocket::connected);
 }
@@ -84,37 +86,38 @@ QByteArray DebuggedPage::picture()
     return QByteArray::fromBase64(answer.value(QLatin1String("data")).toString().toLatin1());
 }
 
-int DebuggedPage::send(const QString &method, const QJsonObject &parameters)
+void DebuggedPage::send(const QString &method, const QJsonObject &parameters)
 {
     const QJsonObject request{{QStringLiteral("id"), ++m_lastCall},
                               {QStringLiteral("method"), method},
                               {QStringLiteral("params"), parameters}};
     m_socket.sendTextMessage(compact(request));
     m_socket.flush();
-    return m_lastCall;
+}
+
+// Events of the page come between answers.
+void DebuggedPage::take(const QString &text)
+{
+    const QJsonObject message = QJsonDocument::fromJson(text.toUtf8()).object();
+    if (message.value(QLatin1String("id")).toInt() != m_lastCall)
+        return;
+    m_answer = message;
+    m_loop.quit();
 }
 
 QJsonObject DebuggedPage::call(const QString &method, const QJsonObject &parameters)
 {
     if (m_socket.state() != QAbstractSocket::ConnectedState)
         fail(method + QStringLiteral(": the page is gone"));
-    int id = 0;
-    QJsonObject answer;
-    QEventLoop loop;
-    QObject::connect(&m_socket, &QWebSocket::disconnected, &loop, &QEventLoop::quit);
-    QObject::connect(&m_socket, &QWebSocket::textMessageReceived, &loop, [&](const QString &text) {
-        const QJsonObject message = QJsonDocument::fromJson(text.toUtf8()).object();
-        if (message.value(QLatin1String("id")).toInt() == id) {
-            answer = message;
-            loop.quit();
-        }
-    });
-    QTimer::singleShot(patience, &loop, &QEventLoop::quit);
-    id = send(method, parameters);
-    loop.exec();
-    if (!answer.contains(QLatin1String("result")))
-        fail(method + QStringLiteral(": ") + compact(answer));
-    return answer.value(QLatin1String("result")).toObject();
+    QTimer deadline;
+    QObject::connect(&deadline, &QTimer::timeout, &m_loop, &QEventLoop::quit);
+    deadline.start(patience);
+    m_answer = QJsonObject();
+    send(method, parameters);
+    m_loop.exec();
+    if (!m_answer.contains(QLatin1String("result")))
+        fail(method + QStringLiteral(": ") + compact(m_answer));
+    return m_answer.value(QLatin1String("result")).toObject();
 }
 
 QJsonValue DebuggedPage::evaluate(const QString &script)

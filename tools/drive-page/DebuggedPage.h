@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QtCore/QEventLoop>
 #include <QtCore/QJsonObject>
 #include <QtCore/QJsonValue>
 #include <QtCore/QString>
@@ -42,9 +43,13 @@ public:
 private:
     static QUrl find(quint16 port);
     bool isTrue(const QString &script);
-    int send(const QString &method, const QJsonObject &parameters);
+    void send(const QString &method, const QJsonObject &parameters);
     QJsonObject call(const QString &method, const QJsonObject &parameters);
 
+    void take(const QString &text);
+
     QWebSocket m_socket;
+    QEventLoop m_loop; ///< runs while a call waits for its answer
+    QJsonObject m_answer;
     int m_lastCall = 0;
 };
