@@ -43,9 +43,15 @@ function(passport_add_library target)
   passport_target_defaults(${target})
   target_compile_features(${target} PUBLIC cxx_std_17)
   passport_set_install_rpath(${target} "")
+  set(compatible ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR})
+  if(APPLE)
+    # Within a bundle hosts expect the plain name; the file itself holds both versions.
+    set(versions MACHO_CURRENT_VERSION ${PROJECT_VERSION} MACHO_COMPATIBILITY_VERSION ${compatible})
+  else()
+    set(versions VERSION ${PROJECT_VERSION} SOVERSION ${compatible})
+  endif()
   set_target_properties(${target} PROPERTIES
-    VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR}.${PROJECT_VERSION_MINOR}
+    ${versions}
     LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib"
     MACOSX_RPATH ON)
 endfunction()
