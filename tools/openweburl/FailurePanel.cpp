@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#include "FailurePanel.h"
+
+#include "Address.h"
+
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QPushButton>
+#include <QtWidgets/QVBoxLayout>
+
+namespace {
+
+constexpr int cardWidth = 480;
+
+// The account pages' colours and shapes; "%n" as below.
+const QString look = QStringLiteral(R"(
+FailurePanel { background: %1; }
+#card { background: %2; border-radius: 12px; }
+QLabel { color: %3; }
+#address, #progress { color: %4; }
+QPushButton { min-height: 38px; padding: 0 20px; border: 1px solid %5; border-radius: 8px;
+              background: transparent; color: %5; font-weight: 600; }
+QPushButton:default { background: %5; color: %6; }
+QPushButton:focus { border: 3px solid %3; }
+)");
+const QStringList light{QStringLiteral("#f4f5f7"), QStringLiteral("#ffffff"),
+                        QStringLiteral("#1d2430"), QStringLiteral("#5d6778"),
+                        QStringLiteral("#1f5fc4"), QStringLiteral("#ffffff")};
+const QStringList dark{QStringLiteral("#14171c"), QStringLiteral("#1d2128"),
+                       QStringLiteral("#e6e9ee"), QStringLiteral("#a2abba"),
+                       QStringLiteral("#8ab4ff"), QStringLiteral("#10203c")};
+
+QString ownLook()
+{
+    const bool isDark = QApplication::palette().color(QPalette::Window).lightness() < 128;
+    QString sheet = look;
+    for (const QString &colour : isDark ? dark : light)
+        sheet = sheet.arg(colour);
+    return sheet;
+}
+
+} // namespace
+
+FailurePanel::FailurePanel(const Texts &texts, QWidget *parent) : QFrame(parent), m_texts(texts)
+{
+    auto *card = new QFrame(this);
+    card->setObjectName(QStringLiteral("card"));
+    card->setMaximumWidth(cardWidth);
+    auto *rows = new QVBoxLayout(card);
+    rows->setContentsMargins(24, 24, 24, 24);
+    rows->setSpacing(12);
+    const auto addLabel = [&](const char *name) {
+        auto *label = new QLabel(card);
+        label->setObjectName(QLatin1String(name));
+        label->setTextFormat(Qt::PlainText);
+        label->setWordWrap(true);
+        rows->addWidget(label);
+        return label;
+    };
+    m_heading = addLabel("heading");
+    m_sentence = addLabel("sentence");
+    m_address = addLabel("address");
+    m_progress = addLabel("progress");
+    QFont large = font();
+    large.setPointSizeF(large.pointSizeF() * 1.5);
+    large.setBold(true);
+    m_heading->setFont(large);
+
+    const auto addButton = [&](const QString &text) {
+        auto *button = new QPushButton(text, card);
+        button->setAutoDefault(true); // so that the enter key presses it
+        rows->addWidget(button);
+        return button;
+    };
+    m_tryAgain = addButton(texts.tryAgain);
+    m_tryAgain->setDefault(true);
+    connect(m_tryAgain, &QPushButton::clicked, this, [this] {
+        m_progress->setText(m_texts.trying);
+        Q_EMIT tryAgainRequested();
+    });
+    connect(addButton(texts.close), &QPushButton::clicked, this, &FailurePanel::closeRequested);
+
+    auto *layout = new QHBoxLayout(this);
+    layout->addWidget(card, 1, Qt::AlignVCenter);
+}
+
+void FailurePanel::explain(Page::Failure failure, const QUrl &url)
+{
+    const Texts::Notice &shown = notice(failure);
+    m_heading->setText(shown.heading);
+    m_sentence->setText(shown.sentence);
+    m_address->setText(shownAddress(url));
+    m_progress->clear();
+    // Read out with the button, which has the focus.
+    m_tryAgain->setAccessibleDescription(
+        QStringList{shown.heading, shown.sentence, m_address->text()}.join(QLatin1Char('\n')));
+}
+
+QString FailurePanel::heading() const
+{
+    return m_heading->text();
+}
+
+void FailurePanel::showEvent(QShowEvent *event)
+{
+    setStyleSheet(ownLook()); // the desktop may have turned dark since
+    m_tryAgain->setFocus();
+    QFrame::showEvent(event);
+}
+
+const Texts::Notice &FailurePanel::notice(Page::Failure failure) const
+{
+    switch (failure) {
+    case Page::Failure::NotFound:
+        return m_texts.notFound;
+    case Page::Failure::NotTrusted:
+        return m_texts.notTrusted;
+    case Page::Failure::NoAnswer:
+        break;
+    }
+    return m_texts.noAnswer;
+}
