@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Address.h"
 #include "Report.h"
 #include "Start.h"
 #include "support/Rows.h"
@@ -85,6 +86,35 @@ private Q_SLOTS:
         QTEST(int(start.value_or(Start()).reloadTimeout.value_or(none).count()), "timeout");
         if (arguments.size() == 4)
             QCOMPARE((QStringList{start->token, start->base, start->text}), arguments.mid(1));
+    }
+
+    void putsTheOriginFirst_data()
+    {
+        const auto row = columns<QString, QString, QString>("address", "title", "shown");
+        const QString tooLong(300, 'x');
+        row("usual port", "https://h/web", "Sign in", "h - Sign in");
+        row("other port", "https://h:81/", "t", "https://h:81 - t");
+        row("not secure", "http://h/", "t", "http://h - t");
+        row("letters that look like others", QString::fromUtf8("https://b\u0430nk.com/"), "",
+            "xn--bnk-6cd.com");
+        row("user that looks like a host", "https://bank.com@[::1]:81/", "", "https://[::1]:81");
+        row("long host", "https://bank.com." + QString("abcdefg.").repeated(20) + "org", "",
+            QString::fromUtf8("…cdefg.") + QString("abcdefg.").repeated(5) + "org");
+        row("long title", "https://h/", tooLong,
+            "h - " + tooLong.left(79) + QString::fromUtf8("…"));
+        row("title that turns and breaks", "https://h/",
+            QString::fromUtf8("\u202Ea\n\tb\u200B\u2066"), "h - a b");
+        row("no title", "http://h:81/a", "h:81/a", "http://h:81");
+        row("file", "file:///a", "https://bank.com", "file: - https://bank.com");
+    }
+
+    void putsTheOriginFirst()
+    {
+        QFETCH(QString, address);
+        QFETCH(QString, title);
+        QFETCH(QString, shown);
+        QCOMPARE(titleWithOrigin(QUrl(address), title),
+                 shown.replace(" - ", QString::fromUtf8(" — ")));
     }
 
     void knowsItsOrigin_data()
