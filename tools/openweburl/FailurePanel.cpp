@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int cardWidth = 480;
+constexpr int cardEms = 30;
 
 // The account pages' colours and shapes; "%n" as below.
 const QString look = QStringLiteral(R"(
@@ -39,49 +39,66 @@ QString ownLook()
     return sheet;
 }
 
+// No part of an address may be cut off, whatever the font.
+QString breakableAnywhere(const QString &text)
+{
+    const QChar zeroWidthSpace(0x200b);
+    return text.split(QString(), Qt::SkipEmptyParts).join(zeroWidthSpace);
+}
+
 } // namespace
 
-FailurePanel::FailurePanel(const Texts &texts, QWidget *parent) : QFrame(parent), m_texts(texts)
+FailurePanel::FailurePanel(const Texts &texts, QWidget *parent)
+    : QFrame(parent)
+    , m_texts(texts)
+    , m_rows(addCard())
+    , m_heading(addLabel("heading"))
+    , m_sentence(addLabel("sentence"))
+    , m_address(addLabel("address"))
+    , m_progress(addLabel("progress"))
+    , m_tryAgain(addButton(texts.tryAgain))
 {
-    auto *card = new QFrame(this);
-    card->setObjectName(QStringLiteral("card"));
-    card->setMaximumWidth(cardWidth);
-    auto *rows = new QVBoxLayout(card);
-    rows->setContentsMargins(24, 24, 24, 24);
-    rows->setSpacing(12);
-    const auto addLabel = [&](const char *name) {
-        auto *label = new QLabel(card);
-        label->setObjectName(QLatin1String(name));
-        label->setTextFormat(Qt::PlainText);
-        label->setWordWrap(true);
-        rows->addWidget(label);
-        return label;
-    };
-    m_heading = addLabel("heading");
-    m_sentence = addLabel("sentence");
-    m_address = addLabel("address");
-    m_progress = addLabel("progress");
     QFont large = font();
-    large.setPointSizeF(large.pointSizeF() * 1.5);
+    large.setPointSizeF(QFontInfo(large).pointSizeF() * 1.5);
     large.setBold(true);
     m_heading->setFont(large);
-
-    const auto addButton = [&](const QString &text) {
-        auto *button = new QPushButton(text, card);
-        button->setAutoDefault(true); // so that the enter key presses it
-        rows->addWidget(button);
-        return button;
-    };
-    m_tryAgain = addButton(texts.tryAgain);
     m_tryAgain->setDefault(true);
     connect(m_tryAgain, &QPushButton::clicked, this, [this] {
         m_progress->setText(m_texts.trying);
         Q_EMIT tryAgainRequested();
     });
     connect(addButton(texts.close), &QPushButton::clicked, this, &FailurePanel::closeRequested);
+}
 
+QVBoxLayout *FailurePanel::addCard()
+{
+    auto *card = new QFrame(this);
+    card->setObjectName(QStringLiteral("card"));
+    card->setMaximumWidth(cardEms * QFontInfo(font()).pixelSize());
     auto *layout = new QHBoxLayout(this);
     layout->addWidget(card, 1, Qt::AlignVCenter);
+    auto *rows = new QVBoxLayout(card);
+    rows->setContentsMargins(24, 24, 24, 24);
+    rows->setSpacing(12);
+    return rows;
+}
+
+QLabel *FailurePanel::addLabel(const char *name)
+{
+    auto *label = new QLabel(this);
+    label->setObjectName(QLatin1String(name));
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    m_rows->addWidget(label);
+    return label;
+}
+
+QPushButton *FailurePanel::addButton(const QString &text)
+{
+    auto *button = new QPushButton(text, this);
+    button->setAutoDefault(true); // so that the enter key presses it
+    m_rows->addWidget(button);
+    return button;
 }
 
 void FailurePanel::explain(Page::Failure failure, const QUrl &url)
@@ -89,11 +106,13 @@ void FailurePanel::explain(Page::Failure failure, const QUrl &url)
     const Texts::Notice &shown = notice(failure);
     m_heading->setText(shown.heading);
     m_sentence->setText(shown.sentence);
-    m_address->setText(shownAddress(url));
+    const QString address = shownAddress(url);
+    m_address->setText(breakableAnywhere(address));
+    m_address->setAccessibleName(address);
     m_progress->clear();
     // Read out with the button, which has the focus.
     m_tryAgain->setAccessibleDescription(
-        QStringList{shown.heading, shown.sentence, m_address->text()}.join(QLatin1Char('\n')));
+        QStringList{shown.heading, shown.sentence, address}.join(QLatin1Char('\n')));
 }
 
 QString FailurePanel::heading() const

@@ -8,6 +8,7 @@
 
 class QLabel;
 class QPushButton;
+class QVBoxLayout;
 
 /// What stands in the window in place of a page that could not be loaded.
 ///
@@ -34,9 +35,13 @@ protected:
     void showEvent(QShowEvent *event) override;
 
 private:
+    QVBoxLayout *addCard();
+    QLabel *addLabel(const char *name);
+    QPushButton *addButton(const QString &text);
     const Texts::Notice &notice(Page::Failure failure) const;
 
     const Texts &m_texts;
+    QVBoxLayout *m_rows;
     QLabel *m_heading;
     QLabel *m_sentence;
     QLabel *m_address;

@@ -22,7 +22,11 @@ Window::Window(Page &page, const Texts &texts)
     , m_fitted(usual)
 {
     addWidget(&m_view);
-    addWidget(&m_panel);
+    addWidget(&m_notice);
+    m_notice.setWidget(&m_panel);
+    m_notice.setWidgetResizable(true);
+    m_notice.setFrameShape(QFrame::NoFrame);
+    m_notice.setFocusPolicy(Qt::NoFocus);
     m_view.setPage(&page);
     m_view.setContextMenuPolicy(Qt::CustomContextMenu);
     setFocusProxy(&m_view); // so that the first key goes to the page
@@ -55,13 +59,14 @@ void Window::showPage()
 void Window::showFailure(Page::Failure failure)
 {
     m_panel.explain(failure, m_page.requestedUrl());
-    setCurrentWidget(&m_panel);
+    setCurrentWidget(&m_notice);
+    fit({0, m_panel.heightForWidth(width())});
     updateTitle();
 }
 
 void Window::updateTitle()
 {
-    if (currentWidget() == &m_panel)
+    if (currentWidget() == &m_notice)
         setWindowTitle(titleWithOrigin(m_page.requestedUrl(), m_panel.heading()));
     else
         setWindowTitle(titleWithOrigin(m_page.url(), m_page.title()));

@@ -6,6 +6,7 @@
 #include "Texts.h"
 
 #include <QtWebEngineWidgets/QWebEngineView>
+#include <QtWidgets/QScrollArea>
 #include <QtWidgets/QStackedWidget>
 
 /// The window around a page: its origin in the title, a notice in place of a page that could not
@@ -22,7 +23,6 @@ public:
     Window(Page &page, const Texts &texts);
 
 private:
-    void layOut();
     void showPage();
     void showFailure(Page::Failure failure);
     void updateTitle();
@@ -32,6 +32,7 @@ private:
     Page &m_page;
     const Texts &m_texts;
     QWebEngineView m_view;
+    QScrollArea m_notice; ///< around the panel, for large letters on small screens
     FailurePanel m_panel;
     QSize m_fitted; ///< another size than this one is the user's
 };
