@@ -50,13 +50,19 @@ Page::Page(QWebEngineProfile *profile, std::optional<std::chrono::milliseconds> 
 
 void Page::begin(const QUrl &url)
 {
-    m_isFile = url.isLocalFile();
+    m_first = url;
     load(url);
+}
+
+QUrl Page::wanted() const
+{
+    const QUrl url = requestedUrl();
+    return url.isEmpty() ? m_first : url; // the engine forgets a first page that led nowhere
 }
 
 void Page::loadAgain()
 {
-    load(requestedUrl()); // rather than a repetition, which would send a form twice
+    load(wanted()); // rather than a repetition, which would send a form twice
 }
 
 // The window says what is wrong; the engine's own page would show and be read out first.
@@ -130,7 +136,7 @@ bool Page::acceptNavigationRequest(const QUrl &url, NavigationType type, bool is
     if (scheme == QLatin1String("openweburl"))
         return false; // not a page
     return !isMainFrame || scheme == QLatin1String("http") || scheme == QLatin1String("https") ||
-           (m_isFile && url.isLocalFile());
+           (m_first.isLocalFile() && url.isLocalFile());
 }
 
 void Page::javaScriptConsoleMessage(JavaScriptConsoleMessageLevel level, const QString &message,

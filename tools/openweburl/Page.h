@@ -32,6 +32,8 @@ public:
          QObject *parent = nullptr);
 
     void begin(const QUrl &url);
+    /// The address of the page that is there or is to be; empty before the beginning.
+    QUrl wanted() const;
     /// Asks for the wanted page anew, without sending a form twice.
     void loadAgain();
 
@@ -65,5 +67,5 @@ private:
         bool wasShown = false;
     };
     std::shared_ptr<State> m_state;
-    bool m_isFile = false;
+    QUrl m_first;
 };

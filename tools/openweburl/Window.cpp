@@ -58,7 +58,7 @@ void Window::showPage()
 
 void Window::showFailure(Page::Failure failure)
 {
-    m_panel.explain(failure, m_page.requestedUrl());
+    m_panel.explain(failure, m_page.wanted());
     setCurrentWidget(&m_notice);
     fit({0, m_panel.heightForWidth(width())});
     updateTitle();
@@ -67,9 +67,10 @@ void Window::showFailure(Page::Failure failure)
 void Window::updateTitle()
 {
     if (currentWidget() == &m_notice)
-        setWindowTitle(titleWithOrigin(m_page.requestedUrl(), m_panel.heading()));
+        setWindowTitle(titleWithOrigin(m_page.wanted(), m_panel.heading()));
     else
-        setWindowTitle(titleWithOrigin(m_page.url(), m_page.title()));
+        setWindowTitle(titleWithOrigin(m_page.url().isEmpty() ? m_page.wanted() : m_page.url(),
+                                       m_page.title()));
 }
 
 void Window::openMenu(const QPoint &position)
