@@ -14,6 +14,11 @@ inline QByteArray html(const QByteArray &body)
            QByteArray::number(page.size()) + "\r\n\r\n" + page;
 }
 
+inline QByteArray redirect(const QByteArray &address)
+{
+    return "HTTP/1.1 302 Found\r\nLocation: " + address + "\r\nContent-Length: 0\r\n\r\n";
+}
+
 /// A web server for the pages of one test; it has its address from the beginning.
 class PageServer : public QTcpServer
 {

@@ -60,18 +60,19 @@ private Q_SLOTS:
     void readsItsArguments_data()
     {
         // No page: refused. -1: never loaded again.
-        const auto row = columns<QStringList, QString, int>("arguments", "page", "timeout");
+        const auto row =
+            columns<QStringList, QString, QString, int>("arguments", "page", "language", "timeout");
         const QString web = "http://127.0.0.1:8787/web";
-        row("usual", {web, "en", "7000"}, web, 7000);
+        row("usual", {web + "?lang=zh-CN", "en", "7000"}, web + "?lang=zh-CN", "zh-CN", 7000);
         row("decoded", {QString::fromUtf8("http://h/a b/李?x=1%25"), "", "0"},
-            "http://h/a%20b/%E6%9D%8E?x=1%25", 100);
-        row("file", {"file:///a b.html", "en", "-3"}, "file:///a%20b.html", -1);
-        row("add information", {web, "T", "http://b", "en"}, web, 5000);
-        row("no host", {"http:///x", "en", "7000"}, "", -1);
-        row("script", {"javascript:alert(1)", "en", "7000"}, "", -1);
-        row("no number", {web, "en", "7s"}, "", -1);
-        row("too few", {web, "en"}, "", -1);
-        row("too many", {web, "T", "b", "en", "7"}, "", -1);
+            "http://h/a%20b/%E6%9D%8E?x=1%25", "", 100);
+        row("file", {"file:///a b.html", "en", "-3"}, "file:///a%20b.html", "en", -1);
+        row("add information", {web, "T", "http://b", "en"}, web, "en", 5000);
+        row("no host", {"http:///x", "en", "7000"}, "", "", -1);
+        row("script", {"javascript:alert(1)", "en", "7000"}, "", "", -1);
+        row("no number", {web, "en", "7s"}, "", "", -1);
+        row("too few", {web, "en"}, "", "", -1);
+        row("too many", {web, "T", "b", "en", "7"}, "", "", -1);
     }
 
     void readsItsArguments()
@@ -82,6 +83,7 @@ private Q_SLOTS:
         const std::optional<Start> start = Start::fromArguments(arguments, problem);
         QCOMPARE(start ? QString::fromLatin1(start->page.toEncoded()) : QString(), page);
         QCOMPARE(problem.isEmpty(), start.has_value());
+        QTEST(start.value_or(Start()).pageLanguage(), "language");
         const auto none = std::chrono::milliseconds(-1);
         QTEST(int(start.value_or(Start()).reloadTimeout.value_or(none).count()), "timeout");
         if (arguments.size() == 4)

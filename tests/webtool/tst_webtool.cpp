@@ -30,11 +30,6 @@ const QByteArray report = R"(
     const report = what => key.then(k => ask(what + (what.includes('?') ? '&' : '?') + 'key=' + k));
 )";
 
-QByteArray redirect(const QByteArray &address)
-{
-    return "HTTP/1.1 302 Found\r\nLocation: " + address + "\r\nContent-Length: 0\r\n\r\n";
-}
-
 } // namespace
 
 /// The web tool's program, offscreen, with pages that this test serves.
