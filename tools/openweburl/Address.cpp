@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Address.h"
 
+#include <QtCore/QVector>
+
 namespace {
 
 constexpr int longestHost = 50;
@@ -22,7 +24,8 @@ QString endOf(const QString &text, int size)
 QString plain(const QString &text)
 {
     QString result;
-    for (const uint character : text.toUcs4()) {
+    const QVector<uint> characters = text.toUcs4();
+    for (const uint character : characters) {
         const bool isShown = QChar::isPrint(character) || QChar::isSpace(character);
         result += isShown ? QString::fromUcs4(&character, 1) : QString();
     }
@@ -45,7 +48,7 @@ QString shownOrigin(const QUrl &url)
     const bool isSecure = url.scheme() == QLatin1String("https");
     const bool hasUsualPort = url.port(isSecure ? 443 : 80) == (isSecure ? 443 : 80);
     const QUrl bare = url.adjusted(QUrl::RemoveUserInfo | QUrl::RemovePort);
-    const QString host = endOf(bare.authority(QUrl::FullyEncoded), longestHost);
+    QString host = endOf(bare.authority(QUrl::FullyEncoded), longestHost);
     if (isSecure && hasUsualPort)
         return host;
     const QString port = hasUsualPort ? QString() : QStringLiteral(":%1").arg(url.port());

@@ -12,7 +12,8 @@ namespace {
 
 constexpr int cardEms = 30;
 
-// The account pages' colours and shapes; "%n" as below.
+// The account pages' colours and shapes: background, card, text, faint text, accent, text on
+// accent.
 const QString look = QStringLiteral(R"(
 FailurePanel { background: %1; }
 #card { background: %2; border-radius: 12px; }
@@ -23,18 +24,21 @@ QPushButton { min-height: 38px; padding: 0 20px; border: 1px solid %5; border-ra
 QPushButton:default { background: %5; color: %6; }
 QPushButton:focus { border: 3px solid %3; }
 )");
-const QStringList light{QStringLiteral("#f4f5f7"), QStringLiteral("#ffffff"),
-                        QStringLiteral("#1d2430"), QStringLiteral("#5d6778"),
-                        QStringLiteral("#1f5fc4"), QStringLiteral("#ffffff")};
-const QStringList dark{QStringLiteral("#14171c"), QStringLiteral("#1d2128"),
-                       QStringLiteral("#e6e9ee"), QStringLiteral("#a2abba"),
-                       QStringLiteral("#8ab4ff"), QStringLiteral("#10203c")};
+
+QStringList colours()
+{
+    if (QApplication::palette().color(QPalette::Window).lightness() < 128)
+        return {QStringLiteral("#14171c"), QStringLiteral("#1d2128"), QStringLiteral("#e6e9ee"),
+                QStringLiteral("#a2abba"), QStringLiteral("#8ab4ff"), QStringLiteral("#10203c")};
+    return {QStringLiteral("#f4f5f7"), QStringLiteral("#ffffff"), QStringLiteral("#1d2430"),
+            QStringLiteral("#5d6778"), QStringLiteral("#1f5fc4"), QStringLiteral("#ffffff")};
+}
 
 QString ownLook()
 {
-    const bool isDark = QApplication::palette().color(QPalette::Window).lightness() < 128;
     QString sheet = look;
-    for (const QString &colour : isDark ? dark : light)
+    const QStringList inOrder = colours();
+    for (const QString &colour : inOrder)
         sheet = sheet.arg(colour);
     return sheet;
 }

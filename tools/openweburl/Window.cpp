@@ -8,6 +8,8 @@
 #include <QtGui/QScreen>
 #include <QtWidgets/QShortcut>
 
+#include <algorithm>
+
 namespace {
 
 constexpr QSize smallest(480, 400);
