@@ -103,8 +103,7 @@ private Q_SLOTS:
         QFETCH(QString, language);
         content = "<style>* { font: 300px monospace; margin: 0 }</style>" + element;
         open(server->page(), language);
-        QSignalSpy measured(page.get(), &Page::measured);
-        QVERIFY(measured.wait(patienceMs));
+        QTRY_COMPARE_WITH_TIMEOUT(measured->count(), 1, patienceMs);
         // A click is lost where the engine has not painted yet.
         const auto menu = [] { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); };
         const auto isThere = [&] {
@@ -139,12 +138,11 @@ private Q_SLOTS:
                       .arg(contents.height())
                       .toLatin1();
         open(server->page());
-        QSignalSpy measured(page.get(), &Page::measured);
-        QVERIFY(measured.wait(patienceMs));
+        QTRY_COMPARE_WITH_TIMEOUT(measured->count(), 1, patienceMs);
         QTEST(window->size(), "size");
         window->resize(500, 500);
         page->loadAgain();
-        QVERIFY(measured.wait(patienceMs));
+        QTRY_COMPARE_WITH_TIMEOUT(measured->count(), 2, patienceMs);
         QCOMPARE(window->size(), QSize(500, 500));
     }
 
@@ -153,6 +151,7 @@ private:
     {
         page = std::make_unique<Page>(&profile, std::nullopt);
         window = std::make_unique<Window>(*page, Texts::in(language));
+        measured = std::make_unique<QSignalSpy>(page.get(), &Page::measured);
         page->begin(QUrl(address));
         window->show();
         window->setFocus();
@@ -167,6 +166,7 @@ private:
     QWebEngineProfile profile;
     std::unique_ptr<PageServer> server;
     std::unique_ptr<Page> page;
+    std::unique_ptr<QSignalSpy> measured;
     std::unique_ptr<Window> window;
 };
 
