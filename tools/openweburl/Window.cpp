@@ -94,5 +94,7 @@ void Window::fit(const QSize &contents)
     resize(m_fitted);
     const QRect frame(pos(), m_fitted + border);
     const QPoint past = frame.bottomRight() - room.bottomRight();
-    move(pos() - QPoint(std::max(past.x(), 0), std::max(past.y(), 0)));
+    const QPoint back(std::max(past.x(), 0), std::max(past.y(), 0));
+    if (!back.isNull()) // else the window manager still places the window
+        move(pos() - back);
 }
