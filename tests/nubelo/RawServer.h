@@ -41,6 +41,7 @@ private:
     const Handler m_handler;
     const QSslConfiguration m_tls;
     QThread m_thread;
+    std::atomic<bool> m_isOver{false};
     quint16 m_port = 0;
     std::atomic<int> m_requests{0};
     std::atomic<int> m_connections{0};

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "Address.h"
 #include "Report.h"
 #include "Start.h"
 #include "support/Rows.h"
@@ -59,18 +60,19 @@ private Q_SLOTS:
     void readsItsArguments_data()
     {
         // No page: refused. -1: never loaded again.
-        const auto row = columns<QStringList, QString, int>("arguments", "page", "timeout");
+        const auto row =
+            columns<QStringList, QString, QString, int>("arguments", "page", "language", "timeout");
         const QString web = "http://127.0.0.1:8787/web";
-        row("usual", {web, "en", "7000"}, web, 7000);
+        row("usual", {web + "?lang=zh-CN", "en", "7000"}, web + "?lang=zh-CN", "zh-CN", 7000);
         row("decoded", {QString::fromUtf8("http://h/a b/李?x=1%25"), "", "0"},
-            "http://h/a%20b/%E6%9D%8E?x=1%25", 100);
-        row("file", {"file:///a b.html", "en", "-3"}, "file:///a%20b.html", -1);
-        row("add information", {web, "T", "http://b", "en"}, web, 5000);
-        row("no host", {"http:///x", "en", "7000"}, "", -1);
-        row("script", {"javascript:alert(1)", "en", "7000"}, "", -1);
-        row("no number", {web, "en", "7s"}, "", -1);
-        row("too few", {web, "en"}, "", -1);
-        row("too many", {web, "T", "b", "en", "7"}, "", -1);
+            "http://h/a%20b/%E6%9D%8E?x=1%25", "", 100);
+        row("file", {"file:///a b.html", "en", "-3"}, "file:///a%20b.html", "en", -1);
+        row("add information", {web, "T", "http://b", "en"}, web, "en", 5000);
+        row("no host", {"http:///x", "en", "7000"}, "", "", -1);
+        row("script", {"javascript:alert(1)", "en", "7000"}, "", "", -1);
+        row("no number", {web, "en", "7s"}, "", "", -1);
+        row("too few", {web, "en"}, "", "", -1);
+        row("too many", {web, "T", "b", "en", "7"}, "", "", -1);
     }
 
     void readsItsArguments()
@@ -81,10 +83,40 @@ private Q_SLOTS:
         const std::optional<Start> start = Start::fromArguments(arguments, problem);
         QCOMPARE(start ? QString::fromLatin1(start->page.toEncoded()) : QString(), page);
         QCOMPARE(problem.isEmpty(), start.has_value());
+        QTEST(start.value_or(Start()).pageLanguage(), "language");
         const auto none = std::chrono::milliseconds(-1);
         QTEST(int(start.value_or(Start()).reloadTimeout.value_or(none).count()), "timeout");
         if (arguments.size() == 4)
             QCOMPARE((QStringList{start->token, start->base, start->text}), arguments.mid(1));
+    }
+
+    void putsTheOriginFirst_data()
+    {
+        const auto row = columns<QString, QString, QString>("address", "title", "shown");
+        const QString tooLong(300, 'x');
+        row("usual port", "https://h/web", "Sign in", "h - Sign in");
+        row("other port", "https://h:81/", "t", "https://h:81 - t");
+        row("not secure", "http://h/", "t", "http://h - t");
+        row("letters that look like others", QString::fromUtf8("https://b\u0430nk.com/"), "",
+            "xn--bnk-6cd.com");
+        row("user that looks like a host", "https://bank.com@[::1]:81/", "", "https://[::1]:81");
+        row("long host", "https://bank.com." + QString("abcdefg.").repeated(20) + "org", "",
+            QString::fromUtf8("…cdefg.") + QString("abcdefg.").repeated(5) + "org");
+        row("long title", "https://h/", tooLong,
+            "h - " + tooLong.left(79) + QString::fromUtf8("…"));
+        row("title that turns and breaks", "https://h/",
+            QString::fromUtf8("\u202Ea\n\tb\u200B\u2066"), "h - a b");
+        row("no title", "http://h:81/a", "h:81/a", "http://h:81");
+        row("file", "file:///a", "https://bank.com", "file: - https://bank.com");
+    }
+
+    void putsTheOriginFirst()
+    {
+        QFETCH(QString, address);
+        QFETCH(QString, title);
+        QFETCH(QString, shown);
+        QCOMPARE(titleWithOrigin(QUrl(address), title),
+                 shown.replace(" - ", QString::fromUtf8(" — ")));
     }
 
     void knowsItsOrigin_data()

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "PageServer.h"
 #include "support/Rows.h"
 
 #include <QtCore/QProcess>
-#include <QtNetwork/QTcpServer>
-#include <QtNetwork/QTcpSocket>
 
 #include <memory>
 
@@ -11,11 +10,9 @@ namespace {
 
 constexpr int patienceMs = 60000;
 
-QByteArray html(const QByteArray &script)
+QByteArray script(const QByteArray &text)
 {
-    const QByteArray body = "<!DOCTYPE html><title>t</title><script>" + script + "</script>";
-    return "HTTP/1.1 200 OK\r\nContent-Type: text/html\r\nConnection: close\r\nContent-Length: " +
-           QByteArray::number(body.size()) + "\r\n\r\n" + body;
+    return html("<script>" + text + "</script>");
 }
 
 // What a page does to report; "openweburl:arguments" gives the key.
@@ -33,11 +30,6 @@ const QByteArray report = R"(
     const report = what => key.then(k => ask(what + (what.includes('?') ? '&' : '?') + 'key=' + k));
 )";
 
-QByteArray redirect(const QByteArray &address)
-{
-    return "HTTP/1.1 302 Found\r\nLocation: " + address + "\r\nContent-Length: 0\r\n\r\n";
-}
-
 } // namespace
 
 /// The web tool's program, offscreen, with pages that this test serves.
@@ -50,8 +42,6 @@ private Q_SLOTS:
     {
         tool = std::make_unique<QProcess>();
         tool->setProgram(OPENWEBURL);
-        server = std::make_unique<QTcpServer>();
-        QVERIFY(server->listen(QHostAddress::LocalHost));
     }
 
     // With standard error in the same pipe, as the flow that creates accounts has it.
@@ -60,7 +50,7 @@ private Q_SLOTS:
         serve([](const QByteArray &target) {
             if (target != "/")
                 return QByteArray("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\n\r\n");
-            return html(report + R"(
+            return script(report + R"(
                 console.log('closeSignal');
                 console.error('userLoadSuccess start: a b c end');
                 (async () => {
@@ -107,9 +97,9 @@ private Q_SLOTS:
         QByteArray outcome;
         serve([&](const QByteArray &target) {
             if (target == "/")
-                return html(firstPage);
+                return script(firstPage);
             if (target == "/foreign") {
-                return html(report + R"(
+                return script(report + R"(
                     Promise.all([report('close'), report('arguments'), report('supplied')])
                         .then(outcome => new Image().src = '/outcome/' + outcome);
                     )");
@@ -141,9 +131,9 @@ private Q_SLOTS:
             case 2:
                 return QByteArray("HTTP/1.1 503 Busy\r\nContent-Length: 4\r\n\r\nbusy");
             case 3: // shown, and then followed by one that gives no answer
-                return html("onload = () => setTimeout(() => location = '/next');");
+                return script("onload = () => setTimeout(() => location = '/next');");
             default:
-                return html(report + "report('close');");
+                return script(report + "report('close');");
             }
         });
         tool->setArguments({page("/a b"), "en", "100"});
@@ -178,8 +168,8 @@ private Q_SLOTS:
                 return QByteArray();
             ++tries;
             if (target == "/form")
-                return html(closeLater).replace("200 OK", "422 Refused");
-            return html(closeLater + "onload = () => setTimeout(() => {" + step + "});");
+                return script(closeLater).replace("200 OK", "422 Refused");
+            return script(closeLater + "onload = () => setTimeout(() => {" + step + "});");
         });
         tool->setArguments({page(), "en", "100"});
         tool->start();
@@ -189,6 +179,12 @@ private Q_SLOTS:
 
     void showsAFileNothingButItself()
     {
+        QByteArray outcome;
+        serve([&](const QByteArray &target) {
+            if (target.startsWith("/outcome/"))
+                outcome = target.mid(9);
+            return script("");
+        });
         QTemporaryDir directory;
         const auto write = [&](const char *name, const QByteArray &text) {
             QFile file(directory.filePath(name));
@@ -201,12 +197,6 @@ private Q_SLOTS:
                           "request.onload = () => tell(request.responseText);"
                           "request.onerror = () => tell('nothing');"
                           "request.open('GET', 'secret.json'); request.send();</script>"));
-        QByteArray outcome;
-        serve([&](const QByteArray &target) {
-            if (target.startsWith("/outcome/"))
-                outcome = target.mid(9);
-            return html("");
-        });
         tool->setArguments({"file://" + directory.filePath("page.html"), "en", "100"});
         tool->start();
         QTRY_COMPARE_WITH_TIMEOUT(outcome, QByteArray("nothing"), patienceMs);
@@ -226,29 +216,14 @@ private Q_SLOTS:
     }
 
 private:
-    using Answers = std::function<QByteArray(const QByteArray &target)>;
-
-    // Gives each request its answer; an empty one ends the connection.
-    void serve(Answers answers)
+    void serve(std::function<QByteArray(const QByteArray &target)> answers)
     {
-        connect(server.get(), &QTcpServer::newConnection, this,
-                [this, answers = std::move(answers)] {
-                    QTcpSocket *socket = server->nextPendingConnection();
-                    connect(socket, &QTcpSocket::readyRead, socket, [socket, answers] {
-                        const QByteArray request = socket->readAll();
-                        socket->write(answers(request.split(' ').value(1)));
-                        socket->disconnectFromHost();
-                    });
-                    connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-                });
+        server = std::make_unique<PageServer>(std::move(answers));
     }
 
-    QString page(const QString &path = "/") const
-    {
-        return QString("http://127.0.0.1:%1%2").arg(server->serverPort()).arg(path);
-    }
+    QString page(const QString &path = "/") const { return server->page(path); }
 
-    std::unique_ptr<QTcpServer> server;
+    std::unique_ptr<PageServer> server;
     std::unique_ptr<QProcess> tool;
 };
 

@@ -2,6 +2,9 @@
 #include "Page.h"
 
 #include <QtWebEngineWidgets/QWebEngineScript>
+#include <QtWebEngineWidgets/QWebEngineScriptCollection>
+
+#include <utility>
 
 namespace {
 
@@ -9,58 +12,121 @@ namespace {
 const QString mark = QStringLiteral("window.openweburlLoaded");
 constexpr quint32 ownWorld = QWebEngineScript::ApplicationWorld;
 
+Page::Failure failureNamed(const QString &error)
+{
+    if (error.startsWith(QLatin1String("ERR_CERT_")))
+        return Page::Failure::NotTrusted;
+    const bool isUnknown = error.startsWith(QLatin1String("ERR_NAME_")) ||
+                           error == QLatin1String("ERR_FILE_NOT_FOUND") ||
+                           error == QLatin1String("ERR_UNSAFE_PORT");
+    return isUnknown ? Page::Failure::NotFound : Page::Failure::NoAnswer;
+}
+
 } // namespace
 
 Page::Page(QWebEngineProfile *profile, std::optional<std::chrono::milliseconds> reloadTimeout,
            QObject *parent)
     : QWebEnginePage(profile, parent)
+    , m_state(std::make_shared<State>())
 {
-    if (!reloadTimeout)
-        return;
-    m_retry = std::make_shared<Retry>();
-    QTimer *timer = &m_retry->timer;
+    hideErrorPages();
+    m_state->retries = reloadTimeout.has_value();
+    QTimer *timer = &m_state->timer;
     timer->setSingleShot(true);
-    timer->setInterval(*reloadTimeout);
-    // A new request rather than a repetition, so that no form is sent twice.
-    connect(timer, &QTimer::timeout, this, [this] { load(requestedUrl()); });
-    connect(this, &QWebEnginePage::loadStarted, timer, [retry = m_retry.get()] {
-        ++retry->loads;
-        retry->timer.stop();
+    timer->setInterval(reloadTimeout.value_or(std::chrono::milliseconds::zero()));
+    connect(timer, &QTimer::timeout, this, &Page::loadAgain);
+    connect(this, &QWebEnginePage::loadStarted, timer, [state = m_state.get()] {
+        ++state->loads;
+        state->timer.stop();
     });
     connect(this, &QWebEnginePage::loadFinished, this,
-            [this](bool loaded) { loaded ? noteLoaded() : retryUnlessShown(); });
-    connect(this, &QWebEnginePage::renderProcessTerminated, timer, [timer] { timer->start(); });
+            [this](bool loaded) { loaded ? noteLoaded() : noteFailed(); });
+    connect(this, &QWebEnginePage::renderProcessTerminated, timer, [this] {
+        if (m_state->retries)
+            m_state->timer.start();
+        Q_EMIT failed(Failure::NoAnswer);
+    });
 }
 
 void Page::begin(const QUrl &url)
 {
-    m_isFile = url.isLocalFile();
+    m_first = url;
     load(url);
+}
+
+QUrl Page::wanted() const
+{
+    const QUrl url = requestedUrl();
+    return url.isEmpty() ? m_first : url; // the engine forgets a first page that led nowhere
+}
+
+void Page::loadAgain()
+{
+    load(wanted()); // rather than a repetition, which would send a form twice
+}
+
+// The window says what is wrong; the engine's own page would show and be read out first.
+void Page::hideErrorPages()
+{
+    QWebEngineScript script;
+    script.setInjectionPoint(QWebEngineScript::DocumentCreation);
+    script.setWorldId(ownWorld);
+    script.setSourceCode(QStringLiteral(R"(
+        if (location.protocol === 'chrome-error:') {
+            const sheet = new CSSStyleSheet();
+            sheet.replaceSync('html { display: none }');
+            document.adoptedStyleSheets = [sheet];
+        })"));
+    scripts().insert(script);
+}
+
+// An answer may come when the page is being destroyed, or after another load began.
+Page::Answer Page::unlessOutdated(Answer answer) const
+{
+    return [weak = std::weak_ptr<State>(m_state), loads = m_state->loads,
+            answer = std::move(answer)](const QVariant &value) {
+        const std::shared_ptr<State> state = weak.lock();
+        if (state && state->loads == loads)
+            answer(value);
+    };
 }
 
 void Page::noteLoaded()
 {
-    m_retry->wasShown = true;
-    runJavaScript(mark + QStringLiteral(" = true"), ownWorld);
+    m_state->wasShown = true;
+    Q_EMIT shown();
+    const QString size = QStringLiteral("; [document.documentElement.scrollWidth, "
+                                        "document.documentElement.scrollHeight]");
+    runJavaScript(mark + QStringLiteral(" = true") + size, ownWorld,
+                  unlessOutdated([this](const QVariant &answer) {
+                      const QVariantList sides = answer.toList();
+                      Q_EMIT measured({sides.value(0).toInt(), sides.value(1).toInt()});
+                  }));
 }
 
 // A load that was only broken off, as by a link to a mail address or to a file that is downloaded,
 // counts as failed too, but leaves the document, and what the user typed into it, as it was.
-void Page::retryUnlessShown()
+void Page::noteFailed()
 {
-    const QString state = mark + QStringLiteral(" ? 'shown' : location.protocol");
-    // Weak, since the answer may come while the page is destroyed.
-    const auto decide = [retried = std::weak_ptr<Retry>(m_retry),
-                         load = m_retry->loads](const QVariant &answer) {
-        const std::shared_ptr<Retry> retry = retried.lock();
-        if (!retry || retry->loads != load)
-            return;
-        const bool gaveNoAnswer = answer.toString() == QLatin1String("chrome-error:");
-        const bool isNew = !retry->wasShown && answer.toString() != QLatin1String("shown");
-        if (gaveNoAnswer || isNew)
-            retry->timer.start();
-    };
-    runJavaScript(state, ownWorld, decide);
+    // Of the engine's error page, which has an address of its own, the error's name is all that
+    // can be learned of a failure.
+    const QString state = mark + QStringLiteral(R"( ? 'shown'
+        : !/^(chrome-error|about):/.test(location) ? 'answered'
+        : (document.documentElement.textContent.match(/ERR_[A-Z_]+/) || ['ERR_'])[0])");
+    runJavaScript(state, ownWorld,
+                  unlessOutdated([this](const QVariant &answer) { judge(answer.toString()); }));
+}
+
+void Page::judge(const QString &state)
+{
+    const bool isNothing = state.startsWith(QLatin1String("ERR_"));
+    const bool isNew = !m_state->wasShown && state != QLatin1String("shown");
+    if (m_state->retries && (isNothing || isNew))
+        m_state->timer.start();
+    if (isNothing)
+        Q_EMIT failed(failureNamed(state));
+    else if (state == QLatin1String("answered"))
+        Q_EMIT shown();
 }
 
 bool Page::acceptNavigationRequest(const QUrl &url, NavigationType type, bool isMainFrame)
@@ -70,7 +136,7 @@ bool Page::acceptNavigationRequest(const QUrl &url, NavigationType type, bool is
     if (scheme == QLatin1String("openweburl"))
         return false; // not a page
     return !isMainFrame || scheme == QLatin1String("http") || scheme == QLatin1String("https") ||
-           (m_isFile && url.isLocalFile());
+           (m_first.isLocalFile() && url.isLocalFile());
 }
 
 void Page::javaScriptConsoleMessage(JavaScriptConsoleMessageLevel level, const QString &message,

@@ -5,6 +5,7 @@
 #include <QtWebEngineWidgets/QWebEnginePage>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -19,11 +20,30 @@ class Page : public QWebEnginePage
     Q_OBJECT
 
 public:
+    /// Why there is nothing of the service's to show.
+    enum class Failure {
+        NoAnswer,   ///< or none that is a page
+        NotFound,   ///< neither a server nor a file has the address
+        NotTrusted, ///< the server has no certificate for the address
+    };
+
     /// Without a timeout a page that failed to load stays as it is.
     Page(QWebEngineProfile *profile, std::optional<std::chrono::milliseconds> reloadTimeout,
          QObject *parent = nullptr);
 
     void begin(const QUrl &url);
+    /// The address of the page that is there or is to be; empty before the beginning.
+    QUrl wanted() const;
+    /// Asks for the wanted page anew, without sending a form twice.
+    void loadAgain();
+
+Q_SIGNALS:
+    /// There is a page, or the answer of a server that refuses one.
+    void shown();
+    /// There is nothing; again with each further attempt.
+    void failed(Page::Failure failure);
+    /// The size, in pixels, that a page has which was just loaded.
+    void measured(const QSize &contents);
 
 protected:
     bool acceptNavigationRequest(const QUrl &url, NavigationType type, bool isMainFrame) override;
@@ -31,15 +51,21 @@ protected:
                                   int line, const QString &source) override;
 
 private:
-    void noteLoaded();
-    void retryUnlessShown();
+    using Answer = std::function<void(const QVariant &)>;
 
-    struct Retry
+    void hideErrorPages();
+    void noteLoaded();
+    void noteFailed();
+    void judge(const QString &state);
+    Answer unlessOutdated(Answer answer) const;
+
+    struct State
     {
         QTimer timer;
         int loads = 0;
+        bool retries = false;
         bool wasShown = false;
     };
-    std::shared_ptr<Retry> m_retry; ///< null without a timeout
-    bool m_isFile = false;
+    std::shared_ptr<State> m_state;
+    QUrl m_first;
 };

@@ -2,6 +2,7 @@
 #include "Start.h"
 
 #include <QtCore/QRegularExpression>
+#include <QtCore/QUrlQuery>
 
 namespace {
 
@@ -76,4 +77,10 @@ QString Start::language() const
 {
     static const QRegularExpression tag(QStringLiteral("^[A-Za-z]{2,3}(-[A-Za-z0-9]{2,8})*$"));
     return tag.match(text).hasMatch() ? text : QString();
+}
+
+QString Start::pageLanguage() const
+{
+    const QString named = QUrlQuery(page).queryItemValue(QStringLiteral("lang"));
+    return named.isEmpty() ? language() : named;
 }

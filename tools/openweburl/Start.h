@@ -31,4 +31,7 @@ struct Start
 
     /// The text as a language tag (BCP 47); empty when it is none.
     QString language() const;
+
+    /// The language that the page itself is asked for with lang=..., or else language().
+    QString pageLanguage() const;
 };

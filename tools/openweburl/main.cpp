@@ -3,13 +3,12 @@
 #include "PageChannel.h"
 #include "ReportPipe.h"
 #include "Start.h"
+#include "Texts.h"
+#include "Window.h"
 
-#include <QtGui/QKeySequence>
 #include <QtWebEngineWidgets/QWebEngineProfile>
 #include <QtWebEngineWidgets/QWebEngineSettings>
-#include <QtWebEngineWidgets/QWebEngineView>
 #include <QtWidgets/QApplication>
-#include <QtWidgets/QShortcut>
 
 #include <cstdio>
 
@@ -49,21 +48,13 @@ int show(const Start &start, const ReportPipe &reports)
     PageChannel channel(start, [&](const QByteArray &report) { return reports.write(report); });
     profile.installUrlSchemeHandler(PageChannel::scheme(), &channel);
 
-    QWebEngineView window;
     Page page(&profile, start.reloadTimeout);
-    window.setPage(&page);
-    window.resize(960, 720);
-    window.setWindowTitle(start.page.host());
-    QObject::connect(&page, &QWebEnginePage::titleChanged, &window, &QWidget::setWindowTitle);
+    page.begin(start.page);
+    Window window(page, Texts::in(start.pageLanguage()));
     QObject::connect(&channel, &PageChannel::closeRequested, &window, &QWidget::close,
                      Qt::QueuedConnection);
-    QObject::connect(&page, &QWebEnginePage::windowCloseRequested, &window, &QWidget::close,
-                     Qt::QueuedConnection);
-    const QShortcut close(QKeySequence(QKeySequence::Close), &window, SLOT(close()));
-
-    page.begin(start.page);
     window.show();
-    window.setFocus(); // so that the first key goes to the page
+    window.setFocus();
     return QApplication::exec();
 }
 

@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: MIT
+#include "PageServer.h"
+#include "Window.h"
+#include "support/Rows.h"
+
+#include <QtGui/QScreen>
+#include <QtWebEngineWidgets/QWebEngineProfile>
+#include <QtWidgets/QApplication>
+#include <QtWidgets/QLabel>
+#include <QtWidgets/QMenu>
+
+namespace {
+
+constexpr int patienceMs = 60000;
+
+void press(Qt::Key key)
+{
+    QTest::keyClick(QApplication::focusWidget(), key);
+}
+
+} // namespace
+
+/// The web tool's window around the real browser engine.
+class tst_Window : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        content = "<p>hello";
+        server = std::make_unique<PageServer>([this](const QByteArray &target) {
+            return target == "/away" ? redirect("other:program") : html(content);
+        });
+    }
+
+    void cleanup()
+    {
+        window.reset();
+        page.reset();
+    }
+
+    void saysWhatIsWrong_data()
+    {
+        const auto row =
+            columns<QString, QString, QString, QString>("address", "language", "heading", "shown");
+        row("no answer", QString::fromUtf8("http://u:p@127.0.0.1:2/李?token=T"), "en",
+            "This page cannot be shown", "http://127.0.0.1:2/%E6%9D%8E");
+        row("no such name", "http://nowhere.invalid", "zh-CN", QString::fromUtf8("找不到此地址"),
+            "http://nowhere.invalid/");
+        row("led to another program", "http://127.0.0.1:PORT/away", "en",
+            "This page cannot be shown", "http://127.0.0.1:PORT/away");
+        row("no such file", "file:///nowhere", "fr", "This address was not found", "file:/nowhere");
+    }
+
+    void saysWhatIsWrong()
+    {
+        QFETCH(QString, address);
+        QFETCH(QString, language);
+        QFETCH(QString, heading);
+        const QString port = QString::number(server->serverPort());
+        open(address.replace("PORT", port), language);
+        QTRY_VERIFY_WITH_TIMEOUT(label("heading")->isVisible(), patienceMs);
+        QCOMPARE(label("heading")->text(), heading);
+        QTEST(label("address")->accessibleName().replace(port, "PORT"), "shown");
+        QVERIFY(window->windowTitle().endsWith(heading));
+    }
+
+    void obeysKeys()
+    {
+        const quint16 port = server->serverPort();
+        server->close();
+        open(address(port));
+        QTRY_VERIFY_WITH_TIMEOUT(label("heading")->isVisible(), patienceMs);
+        press(Qt::Key_Return);
+        QVERIFY(!label("progress")->text().isEmpty());
+        QTRY_VERIFY_WITH_TIMEOUT(label("progress")->text().isEmpty(), patienceMs);
+        QVERIFY(server->listen(QHostAddress::LocalHost, port));
+        press(Qt::Key_Return);
+        QTRY_VERIFY_WITH_TIMEOUT(!label("heading")->isVisible(), patienceMs);
+        QTRY_COMPARE_WITH_TIMEOUT(window->windowTitle(), address(port) + QString::fromUtf8(" — t"),
+                                  patienceMs);
+
+        server->close();
+        page->loadAgain();
+        QTRY_VERIFY_WITH_TIMEOUT(label("heading")->isVisible(), patienceMs);
+        press(Qt::Key_Tab);
+        press(Qt::Key_Return);
+        QVERIFY(!window->isVisible());
+    }
+
+    void offersEditingAlone_data()
+    {
+        const auto row = columns<QByteArray, QString, QString>("element", "language", "menu");
+        row("field", "<textarea>words", "en", "Cu&t,&Copy,&Paste,Select &all");
+        row("text", "<b>words<script>getSelection().selectAllChildren(document.body)</script>",
+            "zh-CN", QString::fromUtf8("复制(&C),全选(&A)"));
+    }
+
+    void offersEditingAlone()
+    {
+        QFETCH(QByteArray, element);
+        QFETCH(QString, language);
+        content = "<style>* { font: 300px monospace; margin: 0 }</style>" + element;
+        open(server->page(), language);
+        QTRY_COMPARE_WITH_TIMEOUT(measured->count(), 1, patienceMs);
+        // A click is lost where the engine has not painted yet.
+        const auto menu = [] { return qobject_cast<QMenu *>(QApplication::activePopupWidget()); };
+        const auto isThere = [&] {
+            if (!menu())
+                QTest::mouseClick(QApplication::focusWidget(), Qt::RightButton, {}, {200, 200});
+            return menu() != nullptr;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isThere(), patienceMs);
+        QStringList entries;
+        for (const QAction *entry : menu()->actions())
+            entries.append(entry->text());
+        QTEST(entries.join(','), "menu");
+        menu()->close();
+    }
+
+    void fitsThePage_data()
+    {
+        const auto row = columns<QSize, QSize>("contents", "size");
+        const QSize borders(4, 4); // of the offscreen platform
+        const QSize room = QApplication::primaryScreen()->availableSize() - borders;
+        row("small", {10, 10}, {640, 480});
+        row("fits", {700, 550}, {700, 550});
+        row("large", {9000, 9000}, room);
+    }
+
+    void fitsThePage()
+    {
+        QFETCH(QSize, contents);
+        content = QString("<style>* { margin: 0 }</style>"
+                          "<div style='width: %1px; height: %2px'></div>")
+                      .arg(contents.width())
+                      .arg(contents.height())
+                      .toLatin1();
+        open(server->page());
+        QTRY_COMPARE_WITH_TIMEOUT(measured->count(), 1, patienceMs);
+        QTEST(window->size(), "size");
+        window->resize(500, 500);
+        page->loadAgain();
+        QTRY_COMPARE_WITH_TIMEOUT(measured->count(), 2, patienceMs);
+        QCOMPARE(window->size(), QSize(500, 500));
+    }
+
+private:
+    void open(const QString &address, const QString &language = "en")
+    {
+        page = std::make_unique<Page>(&profile, std::nullopt);
+        window = std::make_unique<Window>(*page, Texts::in(language));
+        measured = std::make_unique<QSignalSpy>(page.get(), &Page::measured);
+        page->begin(QUrl(address));
+        window->show();
+        window->setFocus();
+        QVERIFY(QTest::qWaitForWindowActive(window.get()));
+    }
+
+    QLabel *label(const char *name) const { return window->findChild<QLabel *>(name); }
+
+    static QString address(quint16 port) { return QString("http://127.0.0.1:%1").arg(port); }
+
+    QByteArray content;
+    QWebEngineProfile profile;
+    std::unique_ptr<PageServer> server;
+    std::unique_ptr<Page> page;
+    std::unique_ptr<QSignalSpy> measured;
+    std::unique_ptr<Window> window;
+};
+
+QTEST_MAIN(tst_Window)
+#include "tst_window.moc"
