@@ -21,7 +21,7 @@ void wake(int)
     errno = savedErrno;
 }
 
-constexpr int signals_[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int watched[] = {SIGINT, SIGTERM, SIGHUP};
 
 // Under nohup a hang-up is ignored from the start, and stays so.
 void handle(int signal, void (*handler)(int))
@@ -49,13 +49,13 @@ TerminationSignals::TerminationSignals(QObject *parent) : QObject(parent)
     wakeDescriptor = m_pipe[1];
     m_notifier = std::make_unique<QSocketNotifier>(m_pipe[0], QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &TerminationSignals::drain);
-    for (const int signal : signals_)
+    for (const int signal : watched)
         handle(signal, wake);
 }
 
 TerminationSignals::~TerminationSignals()
 {
-    for (const int signal : signals_)
+    for (const int signal : watched)
         handle(signal, SIG_DFL);
     m_notifier.reset();
     for (const int descriptor : m_pipe)

@@ -40,9 +40,9 @@ QString optionsWith(const CommandDescription &program, const QStringList &values
     return names.join(QLatin1Char('|'));
 }
 
-const QString file = QStringLiteral("FILE");
-const QString directory = QStringLiteral("DIR");
-const QString text = QStringLiteral("TEXT");
+const QString takesFile = QStringLiteral("FILE");
+const QString takesDirectory = QStringLiteral("DIR");
+const QString takesText = QStringLiteral("TEXT");
 
 /// What may come next, each word with its description. The program's own options may stand behind
 /// every command, too.
@@ -92,8 +92,8 @@ _passportctl()
     mapfile -t COMPREPLY < <(compgen -W "$words" -- "$current")
 }
 complete -o default -F _passportctl passportctl)")
-        .arg(patterns(program, QStringLiteral("|")), optionsWith(program, {file}),
-             optionsWith(program, {directory}), optionsWith(program, {text}), places);
+        .arg(patterns(program, QStringLiteral("|")), optionsWith(program, {takesFile}),
+             optionsWith(program, {takesDirectory}), optionsWith(program, {takesText}), places);
 }
 
 QString zshScript(const CommandDescription &program)
@@ -126,8 +126,8 @@ _passportctl()
     _describe passportctl entries || _files
 }
 _passportctl "$@")")
-        .arg(patterns(program, QStringLiteral("|")), optionsWith(program, {file}),
-             optionsWith(program, {directory}), optionsWith(program, {text}), places);
+        .arg(patterns(program, QStringLiteral("|")), optionsWith(program, {takesFile}),
+             optionsWith(program, {takesDirectory}), optionsWith(program, {takesText}), places);
 }
 
 QString fishOption(const OptionDescription &option)
@@ -136,11 +136,12 @@ QString fishOption(const OptionDescription &option)
     for (const QString &name : option.names)
         line += name.startsWith(QLatin1String("--")) ? QStringLiteral(" -l ") + name.mid(2)
                                                      : QStringLiteral(" -s ") + name.mid(1);
-    if (option.value == file)
+    if (option.value == takesFile)
         line += QStringLiteral(" -r -F");
     else if (!option.value.isEmpty())
-        line += option.value == directory ? QStringLiteral(" -x -a '(__fish_complete_directories)'")
-                                          : QStringLiteral(" -x");
+        line += option.value == takesDirectory
+                    ? QStringLiteral(" -x -a '(__fish_complete_directories)'")
+                    : QStringLiteral(" -x");
     return line + QStringLiteral(" -d ") + quoted(option.description);
 }
 
@@ -177,7 +178,7 @@ complete -c passportctl -f
         for (const OptionDescription &option : command->options) {
             if (!option.isArgument)
                 script += start + fishOption(option) + QLatin1Char('\n');
-            else if (option.value == file)
+            else if (option.value == takesFile)
                 script += start + QStringLiteral(" -F\n");
         }
     }
