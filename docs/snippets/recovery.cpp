@@ -44,7 +44,7 @@ PassportCommunityError sendCode(Passport &passport, const Account &account, cons
 //! [code]
 
 //! [reset]
-enum class Ask { Nothing, Code, NewCode, LongerPassword, Captcha, Later };
+enum class Ask { Nothing, Name, Captcha, Code, NewCode, LongerPassword, Support, Later };
 
 Ask setNewPassword(Passport &passport, const Account &account, const QString &captcha,
                    const QString &code, const QString &password)
@@ -60,7 +60,11 @@ Ask setNewPassword(Passport &passport, const Account &account, const QString &ca
         return Ask::NewCode;
     if (word == QLatin1String("pwdTooShort"))
         return Ask::LongerPassword;
-    return word == QLatin1String("captchaErr") ? Ask::Captcha : Ask::Later;
+    if (word == QLatin1String("captchaErr"))
+        return Ask::Captcha;
+    if (word == QLatin1String("notExistErr"))
+        return Ask::Name;
+    return outcome.errorCode == CommunityErrorCode::IllegalErr ? Ask::Support : Ask::Later;
 }
 //! [reset]
 

@@ -36,6 +36,7 @@ int main(int argc, char *argv[])
     QVariantMap profile;
     PassportCommunityError outcome = passport.setConfigPath(application.arguments().at(2));
     if (!outcome.isError())
+        // true: name and password are kept, in clear, in config/account.json.
         outcome = passport.logIn(user, in.readLine(), QString(), profile, true);
     if (outcome.isError())
         out << "Sorry: " << outcome.errorName << ' ' << outcome.errorMessage << '\n';

@@ -36,8 +36,11 @@ int main(int argc, char *argv[])
     QLoggingCategory::setFilterRules(QStringLiteral("velqor.passport.lib.debug=false"));
     const Translations translations;
     const QStringList arguments = QApplication::arguments();
-    if (arguments.size() != 2 && arguments.size() != 3) {
-        QTextStream(stderr) << "usage: signin-window PASSPORT-DIRECTORY [CLOUD]\n";
+    const bool asksForHelp = arguments.value(1).startsWith(QLatin1Char('-'));
+    if (asksForHelp || arguments.size() < 2 || arguments.size() > 3) {
+        QTextStream(stderr)
+            << "usage: signin-window PASSPORT-DIRECTORY [CLOUD]\n"
+               "CLOUD is an address or the name of an environment; without it, \"local\"\n";
         return 2;
     }
     const HostSettings settings{QDir(arguments[1]).absolutePath(),

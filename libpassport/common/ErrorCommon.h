@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "common/Export.h"
+#include "Export.h"
 
 #include <QtCore/QString>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "config/ConfigBase.h"
+#include "ConfigBase.h"
 
 #include <memory>
 #include <mutex>

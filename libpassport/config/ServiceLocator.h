@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "common/Export.h"
-#include "config/ConfigMgr.h"
+#include "../common/Export.h"
+#include "ConfigMgr.h"
 
 #include <memory>
 

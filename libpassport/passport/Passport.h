@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "common/Export.h"
-#include "passport/PassportCommunityError.h"
+#include "../common/Export.h"
+#include "PassportCommunityError.h"
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QMutex>
@@ -22,12 +22,12 @@ class PassportNubelo;
 
 /// A host's one way to the account service.
 ///
-/// Construct one, on the thread that will call it (normally that of the windows), after the
-/// application object. Call initial() with the passport directory, then one of the configuration
-/// setters, then whatever is needed, and exitModule() before the end. Operations that reach the
-/// cloud block until the outcome is there, while the caller's events go on being delivered; slots
-/// may call again. Outcomes are returned; calls throw nothing of their own but std::bad_alloc. The
-/// destructor returns when the cloud thread has ended.
+/// Construct one for each thread that calls it (normally that of the windows alone), on that thread
+/// and after the application object. Call initial() with the passport directory, then one of the
+/// configuration setters, then whatever is needed, and exitModule() before the end. Operations that
+/// reach the cloud block until the outcome is there, while the caller's events go on being
+/// delivered; slots may call again. Outcomes are returned; calls throw nothing of their own but
+/// std::bad_alloc. The destructor returns when the cloud thread has ended.
 class PASSPORT_EXPORT Passport : public QObject
 {
     Q_OBJECT
@@ -37,9 +37,12 @@ public:
     explicit Passport(QObject *parent = nullptr);
     ~Passport() override;
 
-    /// Keeps `dir` (without a trailing separator) and brings up its environment, starting the hub
-    /// when its configuration asks for one. Always returns 0: a failed start shows in the log. Only
-    /// the first call starts anything, also when it failed; later ones keep `dir` and no more.
+    /// Keeps `dir`, which is given without a trailing separator, and brings up its environment,
+    /// starting the hub when its configuration asks for one; a hub goes on running after
+    /// exitModule() and after this object. Blocks without delivering events for a run of "ps", and
+    /// for one to two seconds more where a hub is started. Always returns 0: a failed start shows
+    /// in the log. Only the first call starts anything, also when it failed; later ones keep `dir`
+    /// and no more.
     int initial(QString dir);
 
     /// Ends a web tool that is still open, where it can be found by its name (docs/web-flows.md,
@@ -55,18 +58,21 @@ public:
     /// Changes the passport directory, and nothing else.
     void setPassportDir(QString dir);
 
-    /// What shows from now on whose account is meant; the next sign-in replaces it.
+    /// Keeps a session token from elsewhere until the next sign-in replaces it. Alone it is no
+    /// sign-in: reqGetUserInfo() goes on answering AuthErr.
     void setToken(QString token);
     /// The session token; empty before the first sign-in.
     QString token() const;
 
-    // The cloud configuration; in force when a setter returns.
+    // The cloud configuration; in force when a setter returns. Setters wait as calls to the cloud
+    // do: the caller's events are delivered meanwhile, and cancel() ends the wait.
 
-    /// From a JSON file.
+    /// Replaces all of it by that of a JSON file.
     PassportCommunityError setConfigPath(QString path);
-    /// Merges a map.
+    /// Merges a map into it, objects member by member.
     PassportCommunityError setConfigData(QVariantMap data);
-    /// Chooses the environment.
+    /// Chooses the environment. An unknown name is no error here: requests then end as
+    /// EC_ConfigDataError.
     PassportCommunityError setConfigData(QString environment);
     /// Replaces `data` by the configuration so far; always a success.
     PassportCommunityError configData(QVariantMap &data);
@@ -94,8 +100,8 @@ public:
     /// Marks the profile as signed out. Sends nothing; the token and the remembered account stay.
     PassportCommunityError logOut();
 
-    /// Fetches the profile into `map`, which stays as it was on failure. AuthErr before any
-    /// sign-in.
+    /// Fetches the profile into `map`, which stays as it was on failure. AuthErr, with nothing
+    /// sent, before a sign-in by logIn() or reqCodeLogIn(), also after setToken().
     PassportCommunityError reqGetUserInfo(QVariantMap &map, QString sourceStr);
 
     /// The bytes behind base64 text; nothing is deciphered.
@@ -119,7 +125,8 @@ public:
                                         QString phoneArea, QString lang, QString source,
                                         QString uSource);
 
-    /// Asks whether an account exists; the record's code is the whole answer.
+    /// Asks whether an account exists: success when it does, errorMessage "notExistErr" when it
+    /// does not. Any other error says nothing about the account.
     PassportCommunityError isUserExisted(const QString &source, const QString &captcha,
                                          const QString &username, const QString &phoneArea);
 
@@ -165,7 +172,8 @@ public:
     void openURL(QUrl url, QString text);
 
     /// Sign-in: tokenReceived() and userIdReceived() as the page brings them, each perhaps several
-    /// times, then webpageClosed(). Nobody is signed in by it: hand the token to setToken().
+    /// times, then webpageClosed(). Nobody is signed in by it (docs/web-flows.md, "What a host must
+    /// know").
     /// `flag` has the log say when both have come.
     void openLoginURL(bool flag, QString path, QString text);
 
@@ -182,16 +190,17 @@ public:
     /// 1112 for good. With `closes` runs "taskkill", where there is one, against the tool.
     void openAddInfoURL(QString token, bool closes, QString path, QString text);
 
-    /// Copies the files below a directory, hidden ones apart, for a web tool to be put in place:
+    /// Copies the files below a directory, except hidden ones, for a web tool to be put in place:
     /// what exists in the destination stays. The destination is created, its parents are not; it
     /// must not lie in the source. What cannot be copied is left out without a word.
     void copyOpenWebFile(QString source, QString destination);
 
     // Protected storage. Protected text is base64 (RFC 4648) of AES-128-ECB ciphertext (FIPS 197)
     // under the library's key. Unprotected data ends in the 0 to 15 zero bytes that completed its
-    // last block; cut them off where they matter. All calls return whether there is a result and
-    // log a critical line when it is empty; text results stay as they were then. Callable from
-    // several threads: all but the last two take turns.
+    // last block; cut them off where they matter. Calls return false, with a critical line in the
+    // log, when the result is empty: a QString then stays as it was, a std::string becomes empty.
+    // Those that write a file return false also when it cannot be opened. Callable from several
+    // threads: all but the last two take turns.
 
     /// Protects a byte string. `result` is assigned in any case; false for an empty text.
     bool serializeString(std::string text, std::string &result);

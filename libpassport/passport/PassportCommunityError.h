@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "common/CommunityErrorCode.h"
-#include "common/Export.h"
+#include "../common/CommunityErrorCode.h"
+#include "../common/Export.h"
 
 #include <QtCore/QJsonDocument>
 #include <QtCore/QMetaType>
@@ -15,11 +15,13 @@ namespace VelqorPassPort {
 /// A plain value without a thread of its own; every operation that can fail returns one.
 struct PASSPORT_EXPORT PassportCommunityError
 {
-    /// What a program decides by.
+    /// Success, or the kind of failure. Look at errorMessage first: many words of the service share
+    /// JsonErr.
     CommunityErrorCode::ErrorCode errorCode = CommunityErrorCode::NoError;
     /// A server word, a fixed word or the key name of errorCode; empty on success.
     QString errorName;
-    /// The server's raw error text where there is one.
+    /// "pwdErr" for a wrong password, the service's whole text with JsonErr; otherwise empty, since
+    /// errorCode says all.
     QString errorMessage;
     /// The same text parsed as JSON; null when there is none or it is not JSON.
     QJsonDocument errorData;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "common/Export.h"
-#include "passport/PassportCommunityError.h"
+#include "../common/Export.h"
+#include "PassportCommunityError.h"
 
 #include <nubelo/Error.h>
 #include <nubelo/Manager.h>
@@ -131,7 +131,8 @@ public:
     /// Merges an answer of the service into the stored profile.
     Q_INVOKABLE void setUserInfo(QVariantMap info);
 
-    /// What shows from now on whose account is meant; the next sign-in replaces it.
+    /// Keeps a session token until the next sign-in replaces it. reqGetUserInfo() needs the
+    /// account's identifier too: after a sign-in elsewhere setUserInfo({{"userID", identifier}}).
     Q_INVOKABLE void setToken(QString token);
     /// The session token; empty before the first sign-in.
     Q_INVOKABLE QString token() const;

@@ -8,7 +8,7 @@
 
 namespace VelqorPassPort {
 
-// Deliberate: the process object is never released. Its destructor would kill a tool that should
+// The process object is never released: its destructor would kill a tool that should
 // still be running, and a page must not close under its user.
 WebTool::WebTool(const QString &passportDir, const QString &program)
     : m_programPath(PassportDirectory(passportDir).webTool(program))

@@ -118,7 +118,7 @@ private Q_SLOTS:
         row("endless line", in(dir, "sign-in " + user), QByteArray(5000, 'x'), 2, "4096 bytes");
         const QString bad = dir.filePath("bad");
         row("bad file", {"config", "--config", bad + "/config/SystemCfg.cfg"}, {}, 4, "findings");
-        row("no directory", {"sign-in", "--remember", user}, password, 4, "--passport-dir");
+        row("no directory", {"sign-in", "--remember", user}, password, 2, "--passport-dir");
         row("error by number", {"errors", "0x5070003"}, {}, 0, R"("words":["authErr","pwdErr"])");
         row("unknown error", {"errors", "nope"}, {}, 2, "'passportctl errors' lists");
         row("refused fault", in(dir, "fault {\"kind\":\"none\"}"), {}, 1, "the emulator refuses: ");

@@ -19,7 +19,8 @@ std::optional<Exit> Host::initialize(PassportDir need)
     if (dir.isEmpty()) {
         if (need == PassportDir::Optional)
             return std::nullopt;
-        return m_output.failure(Exit::Configuration, QStringLiteral("this needs --passport-dir"));
+        return m_output.failure(Exit::Usage,
+                                QStringLiteral("name the passport directory with --passport-dir"));
     }
     const PassportDirectory directory(dir);
     for (const QString &path :
@@ -54,6 +55,13 @@ QString Host::problemOfDocument(const QString &path)
 
 std::optional<Exit> Host::configure()
 {
+    const QString &address = m_options.address;
+    if (!address.isEmpty() && !address.startsWith(QLatin1String("http://")) &&
+        !address.startsWith(QLatin1String("https://")))
+        return m_output.failure(
+            Exit::Usage,
+            QStringLiteral("the address \"%1\" begins with neither http:// nor https://")
+                .arg(address));
     const PassportCommunityError record = applyOptions();
     if (record.isError())
         return m_output.failure(QStringLiteral("configuration"), record);

@@ -16,11 +16,11 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <exception>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
+#include <string>
 
 #include <unistd.h>
 
@@ -47,7 +47,9 @@ void declareGlobal(CLI::App &app, GlobalOptions &options)
     addFile(app, "--config", options.host.configFile, "Cloud configuration file (JSON)");
     addText(app, "--environment", options.host.environment, "Name of the cloud environment");
     addDirectory(app, "--passport-dir", options.host.passportDir, "Passport directory of the host");
-    addText(app, "--cloud", options.host.address, "Address of the account service");
+    addText(app, "--cloud", options.host.address,
+            "Address of the account service; the variable counts only without --config and "
+            "--environment");
     app.get_option("--passport-dir")->envname("PASSPORT_DIR");
     app.get_option("--cloud")->envname("PASSPORT_CLOUD");
 }
@@ -128,11 +130,12 @@ QString usageProblem(const CLI::App &app, const CLI::ParseError &error)
         .arg(words.join(QLatin1Char(' ')));
 }
 
-/// Whether JSON is wanted, also by a command line that could not be read to its end.
-bool wantsJson(int argc, char *argv[])
+/// Whether an option stands on the command line, also on one that could not be read to its end.
+bool isGiven(const std::string &option, int argc, char *argv[])
 {
-    return std::any_of(argv + 1, argv + argc,
-                       [](const char *word) { return std::strcmp(word, "--json") == 0; });
+    return std::any_of(argv + 1, argv + argc, [&option](const std::string &word) {
+        return word == option || word.rfind(option + '=', 0) == 0;
+    });
 }
 
 int run(int argc, char *argv[])
@@ -149,11 +152,17 @@ int run(int argc, char *argv[])
     } catch (const CLI::ParseError &error) {
         std::ostringstream text;
         if (app.exit(error, text, text) != 0)
-            return static_cast<int>(
-                Output(wantsJson(argc, argv)).failure(Exit::Usage, usageProblem(app, error)));
+            return static_cast<int>(Output(isGiven("--json", argc, argv))
+                                        .failure(Exit::Usage, usageProblem(app, error)));
         writeStandardOutput(QByteArray::fromStdString(text.str()));
         return 0;
     }
+
+    // Whoever names a file or an environment means its address, not that of the variable.
+    const bool namesAnother =
+        !options.host.configFile.isEmpty() || !options.host.environment.isEmpty();
+    if (namesAnother && !isGiven("--cloud", argc, argv))
+        options.host.address.clear();
 
     chooseLogLines(options.verbose);
     QTimer waiting;

@@ -32,7 +32,9 @@ Exit Fault::run(Host &host)
 {
     const QJsonObject fault = QJsonDocument::fromJson(m_fault.toUtf8()).object();
     if (fault.isEmpty())
-        return host.output().failure(Exit::Usage, QStringLiteral("a fault is a JSON object"));
+        return host.output().failure(
+            Exit::Usage, QStringLiteral("a fault is a JSON object, such as "
+                                        "{\"request\": \"userLogin\", \"kind\": \"drop\"}"));
     if (const auto end = host.prepare())
         return *end;
     QString refusal;
