@@ -25,9 +25,8 @@ bool isForPages(const Request &request)
 
 QString lineOf(const RequestLog::Entry &entry)
 {
-    const bool refusedByRules = entry.answer.httpStatus == 200 && !entry.answer.word.isEmpty();
     const QString outcome =
-        refusedByRules ? entry.answer.word : QString::number(entry.answer.httpStatus);
+        entry.isRefused() ? entry.answer.word : QString::number(entry.answer.httpStatus);
     return QStringLiteral("%1 %2 %3 %4 ms")
         .arg(entry.time, entry.name.isEmpty() ? entry.request.path : entry.name, outcome)
         .arg(entry.durationMs);

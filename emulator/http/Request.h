@@ -6,6 +6,7 @@
 #include <QtCore/QMap>
 #include <QtCore/QPair>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QVector>
 
 /// An HTTP request, wholly read and decoded, as the rules see it.
@@ -25,6 +26,8 @@ struct Request
     /// A query value that must be a whole number from minimum to maximum; a missing or empty one is
     /// the fallback. Throws Refusal.
     int queryNumber(const QString &key, int fallback, int minimum, int maximum) const;
+    /// A query value that must be one of these; a missing one is empty. Throws Refusal.
+    QString queryChoice(const QString &key, const QStringList &choices) const;
     /// The third and last part of the path as a number; 0 when it is not one.
     qint64 numberAtEnd() const;
     /// The body, which must be a JSON object. Throws Refusal.

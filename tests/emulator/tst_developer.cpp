@@ -131,8 +131,14 @@ private Q_SLOTS:
         QCOMPARE(of(0)["answer"].toObject()["body"].toObject()["result"].toString(), "pwdErr");
         QCOMPARE(of(1)["httpStatus"].toInt(), 503);
         QCOMPARE(of(1)["fault"].toString(), "httpStatus");
-        QCOMPARE(m_emulator.devGet(QString("requests?after=%1").arg(of(1)["id"].toInt())).toArray(),
-                 QJsonArray{requests[2]});
+        QCOMPARE(m_emulator.devGet("requests").toArray(), requests);
+        const QString id = QString::number(of(1)["id"].toInt());
+        const QVector<QPair<QString, int>> listings{
+            {"after=" + id, 2},           {"after=0&limit=1", 0}, {"limit=1", 2},
+            {"before=" + id, 0},          {"outcome=refused", 0}, {"outcome=fault", 1},
+            {"limit=1&outcome=failed", 2}};
+        for (const auto &[query, index] : listings)
+            QCOMPARE(m_emulator.devGet("requests?" + query).toArray(), QJsonArray{requests[index]});
         m_emulator.devDelete(QString("faults/%1").arg(before));
         QCOMPARE(m_emulator.devGet("faults").toArray(), QJsonArray());
     }

@@ -177,15 +177,19 @@ private Q_SLOTS:
                 m_emulator.http("POST", "/v1/" + QByteArray::number(i), body, sentHeaders);
             return m_emulator.requests();
         };
-        keptOf(100, QByteArray(100000, 'x'), headers); // forgotten, room and all
-        const QJsonArray large = keptOf(100, QByteArray(100000, 'x'), headers);
+        keptOf(300, QByteArray(100000, 'x'), headers); // forgotten, room and all
+        const QJsonArray large = keptOf(500, QByteArray(100000, 'x'), headers);
         const QJsonObject last = large.last().toObject(), sent = last["headers"].toObject();
-        QVERIFY2(large.size() > 50 && large.size() < 60, qPrintable(QString::number(large.size())));
-        QCOMPARE(last["path"].toString(), "/v1/100");
+        QVERIFY2(large.size() > 440 && large.size() < 470,
+                 qPrintable(QString::number(large.size())));
+        QCOMPARE(last["path"].toString(), "/v1/500");
         QCOMPARE(last["body"].toString().size(), 64 * 1024);
         QCOMPARE(sent["A"].toString(), "1");
         QVERIFY(sent["B"].toString().size() == 8000 && sent["C"].toString().size() < 200);
-        QCOMPARE(keptOf(1001, {}, QList<QByteArray>()).size(), 1000);
+        QVERIFY(last["headersCut"].toBool() && last["bodyCut"].toBool());
+        const QJsonObject small = keptOf(10001, {}, QList<QByteArray>())[0].toObject();
+        QCOMPARE(small["path"].toString(), "/v1/2");
+        QVERIFY(!small["headersCut"].toBool() && !small["bodyCut"].toBool());
         m_emulator.devDelete("requests");
     }
 
