@@ -151,9 +151,16 @@ const list = new Table(text('requests'), [
 ], (entry) => entry.id, makeRow);
 
 const count = make('p', { class: 'lead', role: 'status' });
-const more = button(text('requests.more'), () => turnTo(oldestId()), { class: 'small' });
-const newest = button(text('requests.newest'), () => turnTo(0), { class: 'small' });
-const bounds = make('p', { class: 'lead' }, text('requests.bounds', rowsOfPage));
+// By a button below the page, which may be gone afterwards.
+async function leaf(id) {
+  await turnTo(id);
+  document.getElementById('main').focus();
+  window.scrollTo(0, 0);
+}
+
+const more = button(text('requests.more'), () => leaf(oldestId()), { class: 'small' });
+const newest = button(text('requests.newest'), () => leaf(0), { class: 'small' });
+const bounds = make('p', { class: 'faint' }, text('requests.bounds', rowsOfPage));
 const pages = make('p', { class: 'buttons' }, newest, more);
 const nothingFits = make('p', { class: 'empty', hidden: true }, text('requests.none-fits'));
 const empty = make('div', { class: 'empty', hidden: true }, make('p', {}, text('requests.empty')),
