@@ -88,16 +88,28 @@ void Emulator::addApiRoutes()
     get("getOEMPrivacyColorInfoByType", "/privacy/", [](auto &r) { return privacyPage(r); });
 }
 
+// What the developer sees is of this moment, and is taken for nothing but what it is said to be.
 Answer Emulator::answer(const Request &request)
 {
+    const bool forPages = isForPages(request);
+    Answer answer = answerByPath(request, forPages);
+    if (forPages || m_developer.isFor(request)) {
+        answer.headers += QVector<QPair<QByteArray, QByteArray>>{
+            {"Cache-Control", "no-store"}, {"X-Content-Type-Options", "nosniff"}};
+    }
+    return answer;
+}
+
+Answer Emulator::answerByPath(const Request &request, bool isForPages)
+{
     try {
-        requireLocalCaller(request, isForPages(request));
+        requireLocalCaller(request, isForPages);
     } catch (const Refusal &refusal) {
         return failAnswer(refusal.text(), refusal.httpStatus());
     }
     if (m_developer.isFor(request))
         return answerByTransaction([&] { return m_developer.answer(request); });
-    if (isForPages(request))
+    if (isForPages)
         return answerByTransaction([&] { return answerPage(request); });
     return answerApi(request);
 }
@@ -119,7 +131,7 @@ Answer Emulator::answerByTransaction(const std::function<Answer()> &function)
 
 Answer Emulator::answerPage(const Request &request) const
 {
-    if (request.method != QLatin1String("GET"))
+    if (request.answeredMethod() != QLatin1String("GET"))
         throw Refusal(405, QStringLiteral("pages answer GET, not %1").arg(request.method));
     if (request.path.startsWith(webPath))
         return m_webPages.answer(request);

@@ -5,6 +5,11 @@
 
 #include <QtCore/QJsonDocument>
 
+QString Request::answeredMethod() const
+{
+    return method == QLatin1String("HEAD") ? QStringLiteral("GET") : method;
+}
+
 QStringList Request::headerValues(const QString &name) const
 {
     QStringList values;

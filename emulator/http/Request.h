@@ -19,6 +19,8 @@ struct Request
     QByteArray body;
     QString remoteAddress; ///< the caller's address without the port
 
+    /// GET for HEAD, whose answer is the same without a body; else the method.
+    QString answeredMethod() const;
     /// The values of a header; its name is compared without regard to case.
     QStringList headerValues(const QString &name) const;
     /// A query value that must be "true" or "false"; a missing one is false. Throws Refusal.

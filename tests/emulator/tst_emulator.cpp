@@ -228,6 +228,8 @@ private Q_SLOTS:
         row("empty data", "--data", "", 1, "is not a data file");
         row("foreign data", "--data", "SQLite format 3" + QByteArray(4096, '\0'), 1,
             "is not a data file");
+        if (QFile::exists("/dev/full"))
+            row("unreadable", "--version", "", 1, "standard output: No space left");
         row("damaged data", "--data",
             "SQLite format 3" + QByteArray(53, '\0') + "LPAC" + QByteArray(4096, 'x'), 1,
             "is damaged");
@@ -242,6 +244,8 @@ private Q_SLOTS:
         const bool byFile = option == "--seed" || option == "--data";
         QVERIFY(file.open() && file.write(value) == value.size() && file.flush());
         QProcess process;
+        if (option == "--version")
+            process.setStandardOutputFile("/dev/full");
         process.start(Emulator::defaultProgram(),
                       {option, byFile ? file.fileName() : QString::fromUtf8(value)});
         QVERIFY(process.waitForFinished());
@@ -257,16 +261,20 @@ private Q_SLOTS:
         QTemporaryDir directory;
         const QString seed = QFINDTESTDATA("../../emulator/storage/seed.json");
         const QStringList options{"--verbose", "--data", directory.filePath("data")};
+        QString name = "ada@example.com";
         for (const QStringList &more : {QStringList(), QStringList{"--seed", seed}}) {
             Emulator emulator(options + more);
             QVERIFY(emulator.start());
             emulator.http("GET", "/v1/nothing");
             const QString address = emulator.baseUrl(), output = emulator.output();
-            QVERIFY(output.contains("| passportctl --cloud " + address + " sign-in ada@"));
+            QVERIFY(output.contains("echo 'correct horse 1' | passportctl --cloud " + address +
+                                    " sign-in " + name + '\n'));
             QVERIFY(output.contains(
                 QString::fromUtf8("\n  李明                пароль-密码-ß 3   name")));
             QCOMPARE(output.contains("waits for a reset"), !more.isEmpty());
             QTRY_VERIFY(emulator.output().contains("Z /v1/nothing 404 "));
+            emulator.devPatch("accounts/10001", {{"username", "Ada's"}});
+            name = "'Ada'\\''s'";
         }
     }
 
