@@ -183,6 +183,7 @@ void serve(const Options &options)
     Emulator emulator(store, seed);
     emulator.setVerbose(options.verbose);
     HttpServer server([&](const Request &request) { return emulator.answer(request); });
+    server.setBodyLimit(QStringLiteral("/_dev/import"), 16); // an export of many accounts
     const TerminationSignals signals_;
     QObject::connect(&signals_, &TerminationSignals::received, &server, &HttpServer::stop);
     QObject::connect(&server, &HttpServer::stopped, QCoreApplication::instance(),

@@ -147,6 +147,8 @@ private Q_SLOTS:
     {
         m_emulator.devPost("accounts", {{"username", "new"}, {"password", "secret"}});
         m_emulator.setSettings({{"country", "DE"}, {"codeLifetimeSeconds", 7}});
+        for (const char *large : {"accounts/10001", "accounts/10002"})
+            m_emulator.devPatch(large, {{"note", QString(600000, 'x')}});
         const QJsonObject seed = m_emulator.devGet("export").toObject();
         m_emulator.reset();
         m_emulator.devPost("import", seed);

@@ -54,6 +54,7 @@ private Q_SLOTS:
         row("field missing", "POST", login, R"({"username":"a"})", 400, "\"password\" is missing");
         row("field of wrong type", "POST", login, R"({"username":1})", 400, "must be a string");
         row("huge body", "POST", login, QByteArray(1024 * 1024 + 1, ' '), 413, "1 MiB");
+        row("huge seed", "POST", import, QByteArray((16 << 20) + 1, ' '), 413, "16 MiB");
         row("number too small", "GET", captcha + "?w=0", {}, 400, "whole number from 40");
         row("short identifier", "GET", captcha.chopped(1), {}, 400, "captcha identifier");
         row("text of another kind", "GET", "/v1/privacy/a/en-us/terms/%254", {}, 404, "no text");
