@@ -58,6 +58,9 @@ Emulator::Emulator(Store &store, const Seed &seed)
 {
     addApiRoutes();
     m_faults.setRequestNames(m_api.names());
+    Transaction transaction(store.database());
+    m_services.sessions.removeExpired();
+    transaction.commit();
 }
 
 void Emulator::addApiRoutes()

@@ -90,7 +90,7 @@ void DeveloperApi::addAccountRoutes()
 void DeveloperApi::addTrafficRoutes()
 {
     m_router.add("GET", "inbox", [this](auto &r) { return m_services.codes.inbox(r); });
-    m_router.add("GET", "captchas", [this](auto &) { return m_services.captchas.list(); });
+    m_router.add("GET", "captchas", [this](auto &r) { return m_services.captchas.list(r); });
     m_router.add("GET", "captcha/", [this](auto &r) { return m_services.captchas.show(r); });
     m_router.add("GET", "requests", [this](auto &r) { return listRequests(r); });
     m_router.add("DELETE", "requests", [this](auto &) {

@@ -113,6 +113,7 @@ private Q_SLOTS:
         QCOMPARE(m_emulator.inbox()[0].toObject()["state"].toString(), "replaced");
         m_emulator.devDelete("clock");
         QCOMPARE(m_emulator.devGet("clock")["aheadSeconds"].toInt(), 0);
+        QCOMPARE(AccountClient::word(m_client.profile(token, "10001")), "authErr"); // it is gone
         QCOMPARE(AccountClient::word(m_client.post("code-login", fields)), "ok");
         QCOMPARE(m_emulator.inbox()[1].toObject()["state"].toString(), "spent");
     }
