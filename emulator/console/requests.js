@@ -33,8 +33,13 @@ function ask(range) {
 const oldestId = () => (entries.length > 0 ? entries[entries.length - 1].id : 0);
 
 async function readPage() {
-  stale = false;
-  entries = (await ask(before ? { before } : {})).reverse();
+  stale = false; // before the answer, as a filter may change meanwhile
+  try {
+    entries = (await ask(before ? { before } : {})).reverse();
+  } catch (error) {
+    stale = true;
+    throw error;
+  }
 }
 
 // Everything after the entry before the last one: where the last one is missing, the log has been
