@@ -61,7 +61,7 @@ const captchas = new Table(text('captchas'), [
 ], (captcha) => `${captcha.id} ${captcha.time}`, makeCaptchaRow);
 
 const noCodes = make('p', { class: 'empty', hidden: true }, text('codes.empty'), ' ',
-  make('a', { href: '/web/sign-in', target: '_blank' }, text('pages.sign-in')));
+  make('a', { href: '/web/sign-in' }, text('pages.sign-in')));
 const noCaptchas = make('p', { class: 'empty', hidden: true }, text('captchas.empty'));
 
 export const inbox = {
