@@ -103,16 +103,16 @@ Answer Emulator::answer(const Request &request)
     return answer;
 }
 
-Answer Emulator::answerByPath(const Request &request, bool isForPages)
+Answer Emulator::answerByPath(const Request &request, bool forPages)
 {
     try {
-        requireLocalCaller(request, isForPages);
+        requireLocalCaller(request, forPages);
     } catch (const Refusal &refusal) {
         return failAnswer(refusal.text(), refusal.httpStatus());
     }
     if (m_developer.isFor(request))
         return answerByTransaction([&] { return m_developer.answer(request); });
-    if (isForPages)
+    if (forPages)
         return answerByTransaction([&] { return answerPage(request); });
     return answerApi(request);
 }
