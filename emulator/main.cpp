@@ -91,7 +91,8 @@ QString origin(const QHostAddress &host, int port)
 int widthOf(const QString &text)
 {
     int width = 0;
-    for (const uint character : text.toUcs4()) {
+    const QVector<uint> characters = text.toUcs4();
+    for (const uint character : characters) {
         const bool wide = (character >= 0x1100 && character <= 0x115F) ||
                           (character >= 0x2E80 && character <= 0xA4CF) ||
                           (character >= 0xAC00 && character <= 0xD7A3) ||
