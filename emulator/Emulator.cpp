@@ -25,9 +25,8 @@ bool isForPages(const Request &request)
 
 QString lineOf(const RequestLog::Entry &entry)
 {
-    const bool refusedByRules = entry.answer.httpStatus == 200 && !entry.answer.word.isEmpty();
     const QString outcome =
-        refusedByRules ? entry.answer.word : QString::number(entry.answer.httpStatus);
+        entry.isRefused() ? entry.answer.word : QString::number(entry.answer.httpStatus);
     return QStringLiteral("%1 %2 %3 %4 ms")
         .arg(entry.time, entry.name.isEmpty() ? entry.request.path : entry.name, outcome)
         .arg(entry.durationMs);
@@ -59,6 +58,9 @@ Emulator::Emulator(Store &store, const Seed &seed)
 {
     addApiRoutes();
     m_faults.setRequestNames(m_api.names());
+    Transaction transaction(store.database());
+    m_services.sessions.removeExpired();
+    transaction.commit();
 }
 
 void Emulator::addApiRoutes()
@@ -89,16 +91,28 @@ void Emulator::addApiRoutes()
     get("getOEMPrivacyColorInfoByType", "/privacy/", [](auto &r) { return privacyPage(r); });
 }
 
+// What the developer sees is of this moment, and is taken for nothing but what it is said to be.
 Answer Emulator::answer(const Request &request)
 {
+    const bool forPages = isForPages(request);
+    Answer answer = answerByPath(request, forPages);
+    if (forPages || m_developer.isFor(request)) {
+        answer.headers += QVector<QPair<QByteArray, QByteArray>>{
+            {"Cache-Control", "no-store"}, {"X-Content-Type-Options", "nosniff"}};
+    }
+    return answer;
+}
+
+Answer Emulator::answerByPath(const Request &request, bool forPages)
+{
     try {
-        requireLocalCaller(request, isForPages(request));
+        requireLocalCaller(request, forPages);
     } catch (const Refusal &refusal) {
         return failAnswer(refusal.text(), refusal.httpStatus());
     }
     if (m_developer.isFor(request))
         return answerByTransaction([&] { return m_developer.answer(request); });
-    if (isForPages(request))
+    if (forPages)
         return answerByTransaction([&] { return answerPage(request); });
     return answerApi(request);
 }
@@ -120,7 +134,7 @@ Answer Emulator::answerByTransaction(const std::function<Answer()> &function)
 
 Answer Emulator::answerPage(const Request &request) const
 {
-    if (request.method != QLatin1String("GET"))
+    if (request.answeredMethod() != QLatin1String("GET"))
         throw Refusal(405, QStringLiteral("pages answer GET, not %1").arg(request.method));
     if (request.path.startsWith(webPath))
         return m_webPages.answer(request);

@@ -28,6 +28,7 @@ public:
 
 private:
     void addApiRoutes();
+    Answer answerByPath(const Request &request, bool forPages);
     Answer answerByTransaction(const std::function<Answer()> &function);
     Answer answerPage(const Request &request) const;
     Answer answerApi(const Request &request);

@@ -8,6 +8,7 @@
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QSaveFile>
 #include <QtCore/QTextStream>
 
@@ -16,6 +17,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <string>
 
 namespace {
@@ -109,6 +111,16 @@ QString padded(const QString &text, int width)
     return text + QString(std::max(width - widthOf(text), 0), QLatin1Char(' '));
 }
 
+// A line of a shell, of which the text is one word.
+QString shellWord(QString text)
+{
+    static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9@%+=:,./_-]+\\z"));
+    if (plain.match(text).hasMatch())
+        return text;
+    return QLatin1Char('\'') + text.replace(QLatin1Char('\''), QStringLiteral("'\\''")) +
+           QLatin1Char('\'');
+}
+
 void announce(const QString &origin, const Store::Accounts &accounts)
 {
     QTextStream out(stdout);
@@ -129,8 +141,8 @@ void announce(const QString &origin, const Store::Accounts &accounts)
         out << "  " << accounts.size() << " of a seed or data file, with passwords of its own\n";
         return;
     }
-    out << "\n  echo '" << first->publicPassword << "' | passportctl --cloud " << origin
-        << "/v1 sign-in " << first->userName << '\n';
+    out << "\n  echo " << shellWord(first->publicPassword) << " | passportctl --cloud " << origin
+        << "/v1 sign-in " << shellWord(first->userName) << '\n';
 }
 
 // A data file that is there keeps its accounts; whoever starts the program again by the same line
@@ -172,6 +184,7 @@ void serve(const Options &options)
     Emulator emulator(store, seed);
     emulator.setVerbose(options.verbose);
     HttpServer server([&](const Request &request) { return emulator.answer(request); });
+    server.setBodyLimit(QStringLiteral("/_dev/import"), 16); // an export of many accounts
     const TerminationSignals signals_;
     QObject::connect(&signals_, &TerminationSignals::received, &server, &HttpServer::stop);
     QObject::connect(&server, &HttpServer::stopped, QCoreApplication::instance(),
@@ -212,7 +225,11 @@ int run(int argc, char **argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        return app.exit(error) == 0 ? Success : WrongUsage;
+        if (app.exit(error) != 0)
+            return WrongUsage;
+        if (!std::cout.flush())
+            throw Failure{CannotServe, QStringLiteral("standard output: ") + qt_error_string()};
+        return Success;
     }
     const QCoreApplication application(argc, argv);
     serve(options);

@@ -90,12 +90,9 @@ void DeveloperApi::addAccountRoutes()
 void DeveloperApi::addTrafficRoutes()
 {
     m_router.add("GET", "inbox", [this](auto &r) { return m_services.codes.inbox(r); });
-    m_router.add("GET", "captchas", [this](auto &) { return m_services.captchas.list(); });
+    m_router.add("GET", "captchas", [this](auto &r) { return m_services.captchas.list(r); });
     m_router.add("GET", "captcha/", [this](auto &r) { return m_services.captchas.show(r); });
-    m_router.add("GET", "requests", [this](auto &r) {
-        return okAnswer(m_log.toJson(
-            r.queryNumber(QStringLiteral("after"), 0, 0, std::numeric_limits<int>::max())));
-    });
+    m_router.add("GET", "requests", [this](auto &r) { return listRequests(r); });
     m_router.add("DELETE", "requests", [this](auto &) {
         m_log.clear();
         return okAnswer({});
@@ -130,6 +127,21 @@ void DeveloperApi::addStateRoutes()
     m_router.add("POST", "reset", [this](auto &) { return startAgain(m_seed.contents()); });
     m_router.add("GET", "catalogue", [this](auto &) { return catalogue(); });
     m_router.add("GET", "openapi.json", [](auto &) { return openApi(); });
+}
+
+Answer DeveloperApi::listRequests(const Request &request) const
+{
+    constexpr int most = std::numeric_limits<int>::max();
+    const QString after = QStringLiteral("after");
+    RequestLog::Selection selection;
+    if (request.query.contains(after))
+        selection.after = request.queryNumber(after, 0, 0, most);
+    selection.before = request.queryNumber(QStringLiteral("before"), most, 1, most);
+    selection.limit =
+        request.queryNumber(QStringLiteral("limit"), selection.limit, 1, selection.maximum);
+    selection.name = request.query.value(QStringLiteral("name"));
+    selection.outcome = request.queryChoice(QStringLiteral("outcome"), RequestLog::outcomes());
+    return okAnswer(m_log.toJson(selection));
 }
 
 Answer DeveloperApi::removeFault(const Request &request)

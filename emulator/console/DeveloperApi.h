@@ -25,6 +25,7 @@ private:
     void addAccountRoutes();
     void addTrafficRoutes();
     void addStateRoutes();
+    Answer listRequests(const Request &request) const;
     Answer removeFault(const Request &request);
     Answer changeSettings(const Request &request);
     Answer showClock() const;

@@ -14,6 +14,8 @@ const defaults = {
   'drip.bytesPerSecond': 20,
   'redirect.location': 'http://127.0.0.1:1/',
 };
+// Of any request the next may be one of a page that is being loaded.
+const atFirst = 'userLogin';
 
 let inForce = [];
 const rows = [];
@@ -135,6 +137,7 @@ function setAttribute(node, name, value) {
 export const faults = {
   build(section, catalogue) {
     for (const name of catalogue.requests) requests.append(new Option(name, name));
+    requests.value = atFirst;
     for (const { word, en, zh } of catalogue.words) {
       const label = document.documentElement.lang === 'en' ? en : zh;
       words.append(make('option', { value: word }, label));

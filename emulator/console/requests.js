@@ -3,26 +3,21 @@
 
 import { button, cell, choice, copyable, copyButton, field, formatTime, make } from './console.js';
 import { setText, Table, text } from './console.js';
-import { act, call, serviceAddress } from './service.js';
+import { act, call, refreshed, serviceAddress } from './service.js';
 
-const shownAtOnce = 100;
-const keptAtMost = 1000;
+const rowsOfPage = 200;
+const rowsAtMost = 1000; // while a person reads in one of them
+const keptBytes = { headers: '8 KiB', body: '64 KiB' };
 
-let entries = []; // the newest first
-let lastId = 0;
+let entries = []; // those of the page, the newest first
+let before = 0; // a page of older ones: those before this id; 0: the newest, as they come
+let older = false; // there are some before the page
+let stale = true; // the page is to be read anew
 let paused = false;
-let limit = shownAtOnce;
 
 const isRefused = ({ httpStatus, word }) => httpStatus === 200 && word !== '';
 const isFailed = ({ httpStatus }) => httpStatus >= 300;
-
-const outcomes = {
-  '': () => true,
-  ok: (entry) => !isRefused(entry) && !isFailed(entry) && !entry.fault,
-  refused: isRefused,
-  failed: isFailed,
-  fault: ({ fault }) => fault !== '',
-};
+const outcomes = ['', 'ok', 'refused', 'failed', 'fault'];
 
 // Then no row is to leave at the end for a new one.
 function isBeingRead() {
@@ -30,19 +25,50 @@ function isBeingRead() {
   return Boolean(open) || list.table.contains(document.activeElement);
 }
 
-// Everything after the entry before the last one: where the last one is missing, the log has been
-// emptied meanwhile.
-async function readLog() {
-  let found = await call('GET', `requests?after=${Math.max(0, lastId - 1)}`);
-  if (lastId > 0 && !(found[0] && found[0].id === lastId)) {
-    entries = [];
-    found = await call('GET', 'requests?after=0');
-  } else {
-    found = found.filter(({ id }) => id > lastId);
+function ask(range) {
+  const values = { limit: rowsOfPage, name: names.value, outcome: outcome.value, ...range };
+  return call('GET', `requests?${new URLSearchParams(values)}`);
+}
+
+const oldestId = () => (entries.length > 0 ? entries[entries.length - 1].id : 0);
+
+async function readPage() {
+  stale = false; // before the answer, as a filter may change meanwhile
+  try {
+    entries = (await ask(before ? { before } : {})).reverse();
+  } catch (error) {
+    stale = true;
+    throw error;
   }
-  if (isBeingRead()) limit += found.length;
-  entries = [...found.reverse(), ...entries].slice(0, keptAtMost);
-  lastId = entries.length > 0 ? entries[0].id : 0;
+}
+
+// Everything after the entry before the last one: where the last one is missing, the log has been
+// emptied meanwhile. More than a page of new ones takes the place of what nobody reads.
+async function readNew() {
+  const last = entries.length > 0 ? entries[0].id : 0;
+  const found = last ? await ask({ after: last - 1 }) : [];
+  const overrun = found.length === rowsOfPage && !isBeingRead();
+  if (found.length === 0 || found[0].id !== last || overrun) {
+    await readPage();
+    return;
+  }
+  entries = [...found.slice(1).reverse(), ...entries]
+    .slice(0, isBeingRead() ? rowsAtMost : rowsOfPage);
+}
+
+async function readLog() {
+  const oldest = stale ? -1 : oldestId();
+  if (stale) await readPage();
+  else if (before === 0) await readNew();
+  if (oldestId() === oldest) return;
+  older = oldestId() > 0 && (await ask({ before: oldestId(), limit: 1 })).length > 0;
+}
+
+// Another page, or the same one by another filter.
+function turnTo(id) {
+  before = id;
+  stale = true;
+  return refreshed();
 }
 
 function sizeText(bytes) {
@@ -77,27 +103,34 @@ function curlLine(entry) {
   return parts.join(' ');
 }
 
-function side(title, firstLine, headers, body) {
-  const names = make('dl', { class: 'headers' });
+// What is told of a part of which only the beginning is kept.
+const cutNote = (isCut, part) =>
+  isCut ? make('p', { class: 'faint' }, text(`request.cut.${part}`, keptBytes[part])) : null;
+
+function side(title, firstLine, { headers, headersCut, body, bodyCut }) {
+  const values = make('dl', { class: 'headers' });
   for (const [name, value] of Object.entries(headers))
-    names.append(make('div', {}, make('dt', {}, name), make('dd', {}, value)));
+    values.append(make('div', {}, make('dt', {}, name), make('dd', {}, value)));
   const written = bodyText(body);
   const content = written
     ? make('pre', { tabindex: '0', 'aria-label': text('request.body') }, written)
     : make('p', { class: 'faint' }, text('request.no-body'));
   const copy = written ? copyButton(() => written, text('request.copy-body')) : null;
   return make('section', {}, make('div', { class: 'heading' }, make('h3', {}, title), copy),
-    make('p', { class: 'first-line' }, make('code', {}, firstLine)), names, content);
+    make('p', { class: 'first-line' }, make('code', {}, firstLine)), values,
+    cutNote(headersCut, 'headers'), content, cutNote(bodyCut, 'body'));
 }
 
+// Without a command for what cannot be sent again as it was.
 function detailsOf(entry) {
-  const { method, headers, body, answer, httpStatus } = entry;
+  const { method, headersCut, bodyCut, answer, httpStatus } = entry;
   const copy = copyButton(() => curlLine(entry), text('request.copy-curl'));
   copy.classList.remove('quiet');
-  return make('div', { class: 'exchange' }, make('p', {}, copy),
+  return make('div', { class: 'exchange' },
+    headersCut || bodyCut ? null : make('p', {}, copy),
     make('div', { class: 'sides' },
-      side(text('request'), `${method} ${targetOf(entry)}`, headers, body),
-      side(text('request.answer'), `HTTP ${httpStatus}`, answer.headers, answer.body)));
+      side(text('request'), `${method} ${targetOf(entry)}`, entry),
+      side(text('request.answer'), `HTTP ${httpStatus}`, answer)));
 }
 
 function makeRow(entry) {
@@ -123,14 +156,21 @@ const list = new Table(text('requests'), [
 ], (entry) => entry.id, makeRow);
 
 const count = make('p', { class: 'lead', role: 'status' });
-const more = button(text('requests.more'), () => {
-  limit += shownAtOnce;
-  show();
-}, { class: 'small' });
+// By a button below the page, which may be gone afterwards.
+async function leaf(id) {
+  await turnTo(id);
+  document.getElementById('main').focus();
+  window.scrollTo(0, 0);
+}
+
+const more = button(text('requests.more'), () => leaf(oldestId()), { class: 'small' });
+const newest = button(text('requests.newest'), () => leaf(0), { class: 'small' });
+const bounds = make('p', { class: 'faint' }, text('requests.bounds', rowsOfPage));
+const pages = make('p', { class: 'buttons' }, newest, more);
 const nothingFits = make('p', { class: 'empty', hidden: true }, text('requests.none-fits'));
 const empty = make('div', { class: 'empty', hidden: true }, make('p', {}, text('requests.empty')),
   copyable(`passportctl --cloud ${serviceAddress} sign-in ada@example.com`, text('command')));
-const outcome = choice(Object.keys(outcomes).map((key) => [key, text(`outcome.${key || 'all'}`)]));
+const outcome = choice(outcomes.map((key) => [key, text(`outcome.${key || 'all'}`)]));
 const names = choice([['', text('requests.all')]]);
 const pause = button(text('pause'), () => {
   paused = !paused;
@@ -138,33 +178,42 @@ const pause = button(text('pause'), () => {
   act(() => {});
 }, { class: 'small', 'aria-pressed': 'false' });
 const clear = button(text('clear'), () =>
-  act(() => call('DELETE', 'requests'), text('requests.cleared')), { class: 'small' });
+  act(async () => {
+    await call('DELETE', 'requests');
+    before = 0;
+    stale = true;
+  }, text('requests.cleared')), { class: 'small' });
+
+function countText() {
+  if (before) return text('requests.count.older', entries.length);
+  return text(paused ? 'requests.count.paused' : 'requests.count', entries.length);
+}
 
 function show() {
-  const fits = outcomes[outcome.value];
-  const found = entries.filter((entry) =>
-    fits(entry) && (names.value === '' || entry.name === names.value));
-  list.show(found.slice(0, limit));
-  more.hidden = found.length <= limit;
-  empty.hidden = entries.length > 0;
-  nothingFits.hidden = found.length > 0 || entries.length === 0;
-  clear.disabled = entries.length === 0;
-  setText(count, text(paused ? 'requests.count.paused' : 'requests.count', found.length));
+  const filtered = names.value !== '' || outcome.value !== '';
+  list.show(entries);
+  more.hidden = !older;
+  newest.hidden = before === 0;
+  bounds.hidden = more.hidden && newest.hidden;
+  empty.hidden = entries.length > 0 || filtered;
+  nothingFits.hidden = entries.length > 0 || !filtered;
+  clear.disabled = entries.length === 0 && !filtered;
+  setText(count, countText());
 }
 
 export const requests = {
   build(section, catalogue) {
     for (const name of catalogue.requests) names.append(new Option(name, name));
-    for (const filter of [names, outcome]) filter.addEventListener('change', show);
+    for (const filter of [names, outcome]) filter.addEventListener('change', () => turnTo(0));
     section.append(
       make('div', { class: 'heading' }, make('h2', {}, text('requests')), pause, clear),
       make('div', { class: 'filters' }, field(text('requests.name'), names),
         field(text('requests.outcome'), outcome), count),
-      list.table, nothingFits, empty, more);
+      list.table, nothingFits, empty, bounds, pages);
   },
 
   async refresh() {
-    if (!paused) await readLog();
+    if (stale || !paused) await readLog();
     show();
   },
 };

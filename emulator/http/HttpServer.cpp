@@ -18,7 +18,8 @@ namespace {
 constexpr std::size_t workers = 64; // an open connection occupies one, be it idle
 constexpr int keepAliveSeconds = 30;
 constexpr int listenBacklog = 128;
-constexpr std::size_t maximumBodyBytes = 1024 * 1024;
+constexpr int usualBodyLimit = 1; // in MiB
+constexpr std::size_t bytesOfMebibyte = 1024 * 1024;
 
 // Every path is routed here: the regular expression, unlike ".*", also takes line feeds.
 constexpr const char *anyPath = R"([\s\S]*)";
@@ -45,32 +46,34 @@ Request decode(const httplib::Request &raw, const QByteArray &body)
 
 // Reads the body wholly, also when it is too long to keep: what is left unread on a kept-alive
 // connection would be taken for the next request. Returns an HTTP status, 200 for a good body.
-int readBody(const httplib::Request &raw, const httplib::ContentReader &read, QByteArray &body)
+int readBody(const httplib::Request &raw, const httplib::ContentReader &read, int limit,
+             QByteArray &body)
 {
+    const auto maximumBytes = static_cast<std::size_t>(limit) * bytesOfMebibyte;
     // Without either header there is no body, but the server would wait for one.
     if (!raw.has_header("Content-Length") && !raw.has_header("Transfer-Encoding"))
         return 200;
     std::size_t total = 0;
     const auto append = [&](const char *data, std::size_t size) {
         total += size;
-        if (total <= maximumBodyBytes)
+        if (total <= maximumBytes)
             body.append(data, static_cast<int>(size));
         return true;
     };
     const bool complete =
         raw.is_multipart_form_data()
-            ? read([](const httplib::MultipartFormData &) { return true; }, append)
+            ? read([](const auto &) { return true; }, append) // of a type that goes by two names
             : read(append);
-    if (total > maximumBodyBytes)
+    if (total > maximumBytes)
         return 413;
     return complete ? 200 : 400;
 }
 
-QString serverRefusal(int httpStatus)
+QString serverRefusal(int httpStatus, int bodyLimit)
 {
     switch (httpStatus) {
     case 413:
-        return QStringLiteral("the body is longer than 1 MiB");
+        return QStringLiteral("the body is longer than %1 MiB").arg(bodyLimit);
     case 414:
         return QStringLiteral("the URL is too long");
     case 416:
@@ -90,6 +93,7 @@ HttpServer::HttpServer(Handler handler, QObject *parent)
     , m_server(std::make_unique<httplib::Server>())
 {
     configure();
+    route();
 }
 
 HttpServer::~HttpServer()
@@ -113,21 +117,32 @@ void HttpServer::configure()
     m_server->set_tcp_nodelay(true); // headers and body are two writes
     m_server->set_keep_alive_max_count(std::numeric_limits<int>::max());
     m_server->set_keep_alive_timeout(keepAliveSeconds);
-    m_server->set_payload_max_length(maximumBodyBytes);
     m_server->set_socket_options([this](int descriptor) {
         // Not the default, under which a second emulator could listen on the same port.
         const int yes = 1;
         ::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
         m_listener = descriptor;
     });
+    m_server->set_exception_handler([](const httplib::Request &, httplib::Response &response,
+                                       const std::exception_ptr &) { response.status = 500; });
+    // For what the server refuses by itself; our own answers have a content type.
+    m_server->set_error_handler([this](const httplib::Request &raw, httplib::Response &response) {
+        if (response.has_header("Content-Type"))
+            return;
+        const QByteArray body = failAnswer(serverRefusal(response.status, bodyLimit(raw))).body;
+        response.set_content(body.toStdString(), "application/json");
+    });
+}
 
+void HttpServer::route()
+{
     const auto plain = [this](const httplib::Request &raw, httplib::Response &response) {
         answer(raw, {}, response);
     };
     const auto reading = [this](const httplib::Request &raw, httplib::Response &response,
                                 const httplib::ContentReader &reader) {
         QByteArray body;
-        const int httpStatus = readBody(raw, reader, body);
+        const int httpStatus = readBody(raw, reader, bodyLimit(raw), body);
         if (httpStatus == 200)
             answer(raw, body, response);
         else if (response.status < 400) // else the server knows it better
@@ -136,15 +151,17 @@ void HttpServer::configure()
     m_server->Get(anyPath, plain).Options(anyPath, plain).Delete(anyPath, plain);
     m_server->Post(anyPath, reading).Put(anyPath, reading).Patch(anyPath, reading);
     m_server->Delete(anyPath, reading);
-    m_server->set_exception_handler([](const httplib::Request &, httplib::Response &response,
-                                       const std::exception_ptr &) { response.status = 500; });
-    // For what the server refuses by itself; our own answers have a content type.
-    m_server->set_error_handler([](const httplib::Request &, httplib::Response &response) {
-        if (response.has_header("Content-Type"))
-            return;
-        const QByteArray body = failAnswer(serverRefusal(response.status)).body;
-        response.set_content(body.toStdString(), "application/json");
-    });
+}
+
+void HttpServer::setBodyLimit(const QString &path, int mebibytes)
+{
+    m_bodyLimits[path.toStdString()] = mebibytes;
+}
+
+int HttpServer::bodyLimit(const httplib::Request &raw) const
+{
+    const auto found = m_bodyLimits.find(raw.path);
+    return found == m_bodyLimits.end() ? usualBodyLimit : found->second;
 }
 
 int HttpServer::listen(const QHostAddress &address, int port)

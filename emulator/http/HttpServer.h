@@ -11,8 +11,10 @@
 #include <deque>
 #include <functional>
 #include <future>
+#include <map>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 
 class Connection;
@@ -41,6 +43,9 @@ public:
     explicit HttpServer(Handler handler, QObject *parent = nullptr);
     ~HttpServer() override;
 
+    /// Takes longer or shorter bodies at one path than elsewhere (1 MiB); before listen().
+    void setBodyLimit(const QString &path, int mebibytes);
+
     /// Binds and starts to serve; port 0 takes any free one. Returns the port, 0 if it is not free.
     int listen(const QHostAddress &address, int port);
 
@@ -53,12 +58,15 @@ Q_SIGNALS:
 
 private:
     void configure();
+    void route();
+    int bodyLimit(const httplib::Request &raw) const;
     void answer(const httplib::Request &raw, const QByteArray &body, httplib::Response &response);
     Answer handOver(const Request &request);
     Answer pollHandler(const Request &request, const Connection &client);
     Q_INVOKABLE void answerWaiting();
 
     Handler m_handler;
+    std::map<std::string, int> m_bodyLimits; ///< by path, in MiB
     std::unique_ptr<httplib::Server> m_server;
     std::thread m_acceptor;
     int m_listener = -1; ///< descriptor of the listening socket

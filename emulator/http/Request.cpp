@@ -4,7 +4,11 @@
 #include "http/Refusal.h"
 
 #include <QtCore/QJsonDocument>
-#include <QtCore/QStringList>
+
+QString Request::answeredMethod() const
+{
+    return method == QLatin1String("HEAD") ? QStringLiteral("GET") : method;
+}
 
 QStringList Request::headerValues(const QString &name) const
 {
@@ -36,6 +40,16 @@ int Request::queryNumber(const QString &key, int fallback, int minimum, int maxi
                                .arg(key)
                                .arg(minimum)
                                .arg(maximum));
+    }
+    return value;
+}
+
+QString Request::queryChoice(const QString &key, const QStringList &choices) const
+{
+    QString value = query.value(key);
+    if (!value.isEmpty() && !choices.contains(value)) {
+        throw Refusal(400, QStringLiteral("query value \"%1\" must be one of %2")
+                               .arg(key, choices.join(QStringLiteral(", "))));
     }
     return value;
 }

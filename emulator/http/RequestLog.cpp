@@ -4,41 +4,47 @@
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace {
 
-constexpr std::size_t maximumEntries = 1000;
-constexpr int maximumHeaderBytes = 8 * 1024; // of one request, as are the body's
+constexpr std::size_t maximumEntries = 10000;
+constexpr int maximumHeaderBytes = 8 * 1024; // of one request, as are the next two
 constexpr int maximumKeptBytes = 64 * 1024;
-constexpr int maximumBytes = 4 * 1024 * 1024; // of all, listed in a fraction of a second
+constexpr int maximumWord = 1024; // a fault's may be as long as a body
+constexpr int maximumBytes = 32 * 1024 * 1024;
+constexpr int maximumListedBytes = 4 * 1024 * 1024; // made in a fraction of a second
 
-// The beginning of a text, as much as is left of an allowance.
+// Cuts a text down to what is left of an allowance; true if it was longer.
 template <typename Text>
-Text taken(const Text &text, int &left)
+bool cut(Text &text, int &left)
 {
-    Text beginning = text.left(left);
-    left -= beginning.size();
-    return beginning;
+    const bool longer = text.size() > left;
+    if (longer)
+        text = text.left(left);
+    left -= text.size();
+    return longer;
 }
 
-QByteArray beginningOf(const QByteArray &body)
+bool cutBody(QByteArray &body)
 {
-    return body.left(maximumKeptBytes);
+    int left = maximumKeptBytes;
+    return cut(body, left);
 }
 
 template <typename Text>
-QVector<QPair<Text, Text>> beginningOf(const QVector<QPair<Text, Text>> &headers)
+bool cutHeaders(QVector<QPair<Text, Text>> &headers)
 {
-    QVector<QPair<Text, Text>> kept;
     int left = maximumHeaderBytes;
-    for (const auto &[name, value] : headers) {
-        if (left == 0)
-            break;
-        const Text beginning = taken(name, left);
-        kept.append({beginning, taken(value, left)});
-    }
-    return kept;
+    int kept = 0;
+    bool longer = false;
+    for (; kept < headers.size() && left > 0; ++kept)
+        longer = cut(headers[kept].first, left) || cut(headers[kept].second, left);
+    longer = longer || kept < headers.size();
+    headers.resize(kept);
+    return longer;
 }
 
 template <typename Headers>
@@ -52,7 +58,8 @@ int sizeOfHeaders(const Headers &headers)
 
 int sizeOf(const RequestLog::Entry &entry)
 {
-    int size = entry.request.path.size() + entry.request.body.size() + entry.answer.body.size();
+    int size = entry.request.path.size() + entry.request.body.size() + entry.answer.body.size() +
+               entry.answer.word.size();
     for (auto it = entry.request.query.begin(); it != entry.request.query.end(); ++it)
         size += it.key().size() + it.value().size();
     return size + sizeOfHeaders(entry.request.headers) + sizeOfHeaders(entry.answer.headers);
@@ -74,12 +81,16 @@ QJsonValue bodyValue(const QByteArray &body)
     return QString::fromUtf8(body);
 }
 
-QJsonObject answerObject(const Answer &answer)
+QJsonObject answerObject(const RequestLog::Entry &entry)
 {
+    const Answer &answer = entry.answer;
     QJsonObject headers{{QStringLiteral("Content-Type"), QString::fromLatin1(answer.contentType)}};
     for (const auto &[name, value] : answer.headers)
         headers.insert(QString::fromLatin1(name), QString::fromUtf8(value));
-    return {{QStringLiteral("headers"), headers}, {QStringLiteral("body"), bodyValue(answer.body)}};
+    return {{QStringLiteral("headers"), headers},
+            {QStringLiteral("headersCut"), entry.answerHeadersCut},
+            {QStringLiteral("body"), bodyValue(answer.body)},
+            {QStringLiteral("bodyCut"), entry.answerBodyCut}};
 }
 
 QJsonObject entryObject(const RequestLog::Entry &entry)
@@ -97,13 +108,53 @@ QJsonObject entryObject(const RequestLog::Entry &entry)
             {QStringLiteral("path"), entry.request.path},
             {QStringLiteral("query"), query},
             {QStringLiteral("headers"), headers},
+            {QStringLiteral("headersCut"), entry.headersCut},
             {QStringLiteral("body"), bodyValue(entry.request.body)},
+            {QStringLiteral("bodyCut"), entry.bodyCut},
             {QStringLiteral("httpStatus"), entry.answer.httpStatus},
             {QStringLiteral("word"), entry.answer.word},
             {QStringLiteral("durationMs"), entry.durationMs},
             {QStringLiteral("bytes"), entry.answerBytes},
             {QStringLiteral("fault"), entry.fault},
-            {QStringLiteral("answer"), answerObject(entry.answer)}};
+            {QStringLiteral("answer"), answerObject(entry)}};
+}
+
+bool hasOutcome(const RequestLog::Entry &entry, const QString &outcome)
+{
+    const bool failed = entry.answer.httpStatus >= 300;
+    if (outcome == QLatin1String("refused"))
+        return entry.isRefused();
+    if (outcome == QLatin1String("failed"))
+        return failed;
+    if (outcome == QLatin1String("fault"))
+        return !entry.fault.isEmpty();
+    return !entry.isRefused() && !failed && entry.fault.isEmpty();
+}
+
+bool fits(const RequestLog::Entry &entry, const RequestLog::Selection &selection)
+{
+    return entry.id > selection.after.value_or(0) && entry.id < selection.before &&
+           (selection.name.isEmpty() || entry.name == selection.name) &&
+           (selection.outcome.isEmpty() || hasOutcome(entry, selection.outcome));
+}
+
+using Entries = std::vector<const RequestLog::Entry *>;
+
+// The first ones that fit.
+template <typename Iterator>
+Entries selected(Iterator entry, Iterator end, const RequestLog::Selection &selection)
+{
+    Entries found;
+    int bytes = 0;
+    for (; entry != end && static_cast<int>(found.size()) < selection.limit; ++entry) {
+        if (!fits(*entry, selection))
+            continue;
+        bytes += sizeOf(*entry);
+        if (bytes > maximumListedBytes && !found.empty())
+            break;
+        found.push_back(&*entry);
+    }
+    return found;
 }
 
 } // namespace
@@ -112,10 +163,11 @@ void RequestLog::add(Entry entry)
 {
     entry.id = ++m_lastId;
     entry.answerBytes = entry.answer.body.size();
-    entry.request.body = beginningOf(entry.request.body);
-    entry.request.headers = beginningOf(entry.request.headers);
-    entry.answer.body = beginningOf(entry.answer.body);
-    entry.answer.headers = beginningOf(entry.answer.headers);
+    entry.headersCut = cutHeaders(entry.request.headers);
+    entry.bodyCut = cutBody(entry.request.body);
+    entry.answerHeadersCut = cutHeaders(entry.answer.headers);
+    entry.answerBodyCut = cutBody(entry.answer.body);
+    entry.answer.word = entry.answer.word.left(maximumWord);
     m_bytes += sizeOf(entry);
     m_entries.push_back(std::move(entry));
     while (m_entries.size() > maximumEntries || m_bytes > maximumBytes) {
@@ -130,12 +182,23 @@ void RequestLog::clear()
     m_bytes = 0;
 }
 
-QJsonArray RequestLog::toJson(qint64 after) const
+QStringList RequestLog::outcomes()
 {
-    QJsonArray array;
-    for (const Entry &entry : m_entries) {
-        if (entry.id > after)
-            array.append(entryObject(entry));
+    return {QStringLiteral("ok"), QStringLiteral("refused"), QStringLiteral("failed"),
+            QStringLiteral("fault")};
+}
+
+QJsonArray RequestLog::toJson(const Selection &selection) const
+{
+    Entries found;
+    if (selection.after) {
+        found = selected(m_entries.begin(), m_entries.end(), selection);
+    } else {
+        found = selected(m_entries.rbegin(), m_entries.rend(), selection);
+        std::reverse(found.begin(), found.end());
     }
+    QJsonArray array;
+    for (const Entry *entry : found)
+        array.append(entryObject(*entry));
     return array;
 }

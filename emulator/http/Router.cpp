@@ -27,7 +27,7 @@ const Route &Router::find(const Request &request) const
         known.append(route.method + QLatin1Char(' ') + route.path);
         if (!serves(route.path, request.path))
             continue;
-        if (route.method == request.method)
+        if (route.method == request.answeredMethod())
             return route;
         methods.append(route.method);
     }

@@ -72,11 +72,13 @@ Answer CaptchaService::show(const Request &request) const
                                 {QStringLiteral("expires"), Clock::text(captcha->expiresAt)}});
 }
 
-Answer CaptchaService::list() const
+Answer CaptchaService::list(const Request &request) const
 {
+    constexpr int most = 100;
+    const int limit = request.queryNumber(QStringLiteral("limit"), most, 1, most);
     const qint64 now = m_clock.now();
     QJsonArray list;
-    const QVector<Captcha> captchas = m_challenges.captchas();
+    const QVector<Captcha> captchas = m_challenges.captchas(limit);
     for (const Captcha &captcha : captchas) {
         list.append(QJsonObject{{QStringLiteral("id"), captcha.id},
                                 {QStringLiteral("purpose"), captcha.purpose},

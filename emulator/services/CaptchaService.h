@@ -28,7 +28,7 @@ public:
     Answer show(const Request &request) const;
     /// The newest captchas with their answers, pictures and states ("valid", "spent", "expired"),
     /// for the developer. One that was answered wrong is no longer there.
-    Answer list() const;
+    Answer list(const Request &request) const;
 
     /// Uses up the captcha of the link. Throws Denial unless it is there for this purpose and the
     /// answer, in capitals or not, is right and in time.

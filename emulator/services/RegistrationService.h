@@ -15,7 +15,7 @@
 class RegistrationService
 {
 public:
-    RegistrationService(Store &store, const Sessions &sessions, CodeService &codes)
+    RegistrationService(Store &store, Sessions &sessions, CodeService &codes)
         : m_store(store)
         , m_sessions(sessions)
         , m_codes(codes)
@@ -31,6 +31,6 @@ public:
 
 private:
     Store &m_store;
-    const Sessions &m_sessions;
+    Sessions &m_sessions;
     CodeService &m_codes;
 };

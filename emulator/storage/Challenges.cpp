@@ -87,11 +87,11 @@ std::optional<Captcha> Challenges::captcha(const QString &id) const
     return readCaptcha(row);
 }
 
-QVector<Captcha> Challenges::captchas() const
+QVector<Captcha> Challenges::captchas(int limit) const
 {
     QVector<Captcha> captchas;
-    QSqlQuery row =
-        m_database.run(QStringLiteral("SELECT * FROM captcha ORDER BY number DESC LIMIT 100"));
+    QSqlQuery row = m_database.run(
+        QStringLiteral("SELECT * FROM captcha ORDER BY number DESC LIMIT ?"), {limit});
     while (row.next())
         captchas.append(readCaptcha(row));
     return captchas;

@@ -54,7 +54,7 @@ public:
     /// 1000.
     void put(const Captcha &captcha);
     void setCaptchaUses(const QString &id, int uses);
-    QVector<Captcha> captchas() const; ///< the newest first, at most 100
+    QVector<Captcha> captchas(int limit) const; ///< the newest first
     std::optional<Captcha> captcha(const QString &id) const;
     void removeCaptcha(const QString &id);
     void removeCaptchasExpiredBefore(qint64 time);

@@ -7,8 +7,10 @@
 #include "storage/Settings.h"
 
 #include <QtCore/QFile>
+#include <QtCore/QHash>
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
+#include <QtCore/QPair>
 
 namespace {
 
@@ -30,6 +32,61 @@ QJsonObject readObject(const QString &path)
                             .arg(error.offset));
     }
     return document.object();
+}
+
+// Reads one account after the other.
+class AccountReader
+{
+public:
+    Account read(const QJsonValue &value);
+
+private:
+    Account hashedOnce(QJsonObject form);
+    void requireOwnNames(const Account &account);
+
+    int m_count = 0;
+    QHash<QString, int> m_names;                  // user names and e-mails, and whose they are
+    QHash<QPair<QString, QString>, int> m_phones; // each with its area
+    QHash<QString, QString> m_hashes;             // by password
+};
+
+Account AccountReader::read(const QJsonValue &value)
+{
+    if (!value.isObject())
+        throw SeedError(QStringLiteral("must be an object"));
+    Account account = hashedOnce(value.toObject());
+    requireOwnNames(account);
+    ++m_count;
+    return account;
+}
+
+// To hash a password takes a while, and the many accounts of a test often have the same.
+Account AccountReader::hashedOnce(QJsonObject form)
+{
+    const QString password = form.value(passwordKey).toString();
+    const QString hash = m_hashes.value(password);
+    if (!hash.isEmpty() && !form.contains(hashKey)) {
+        form.remove(passwordKey);
+        form.insert(hashKey, hash);
+    }
+    Account account = accountOfForm(form);
+    if (!password.isEmpty())
+        m_hashes.insert(password, account.passwordHash);
+    return account;
+}
+
+// A name to sign in with must lead to one account.
+void AccountReader::requireOwnNames(const Account &account)
+{
+    for (const QString &name : {account.userName, account.email, account.phone}) {
+        const int owner = m_names.value(name, m_phones.value({name, account.phoneArea}, m_count));
+        if (!name.isEmpty() && owner != m_count)
+            throw SeedError(
+                QStringLiteral("\"%1\" also belongs to account %2").arg(name).arg(owner));
+    }
+    m_names.insert(account.userName, m_count);
+    m_names.insert(account.email, m_count);
+    m_phones.insert({account.phone, account.phoneArea}, m_count);
 }
 
 } // namespace
@@ -54,10 +111,11 @@ void Seed::read(const QJsonObject &object)
         Fields(object).allowOnly({accountsKey, settingsKey});
         if (!object.value(accountsKey).isArray())
             throw SeedError(QStringLiteral("must be an object with a list \"accounts\""));
+        AccountReader reader;
         const QJsonArray accounts = object.value(accountsKey).toArray();
         for (const QJsonValue &account : accounts) {
             place = QStringLiteral("account %1: ").arg(m_contents.accounts.size());
-            readAccount(account);
+            m_contents.accounts.push_back(reader.read(account));
         }
         place = QStringLiteral("settings: ");
         m_contents.settings = object.value(settingsKey).toObject();
@@ -68,30 +126,6 @@ void Seed::read(const QJsonObject &object)
         throw SeedError(place + refusal.text());
     } catch (const SeedError &error) {
         throw SeedError(place + QString::fromUtf8(error.what()));
-    }
-}
-
-void Seed::readAccount(const QJsonValue &value)
-{
-    if (!value.isObject())
-        throw SeedError(QStringLiteral("must be an object"));
-    m_contents.accounts.push_back(accountOfForm(value.toObject()));
-    requireDistinctNames();
-}
-
-// A name to sign in with must lead to one account.
-void Seed::requireDistinctNames() const
-{
-    const Account &newest = m_contents.accounts.back();
-    for (std::size_t i = 0; i + 1 < m_contents.accounts.size(); ++i) {
-        const Account &other = m_contents.accounts[i];
-        for (const QString &name : {newest.userName, newest.email, newest.phone}) {
-            const bool taken = name == other.userName || name == other.email ||
-                               (name == other.phone && newest.phoneArea == other.phoneArea);
-            if (!name.isEmpty() && taken)
-                throw SeedError(
-                    QStringLiteral("\"%1\" also belongs to account %2").arg(name).arg(i));
-        }
     }
 }
 

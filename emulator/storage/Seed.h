@@ -34,8 +34,6 @@ public:
 
 private:
     void read(const QJsonObject &object);
-    void readAccount(const QJsonValue &value);
-    void requireDistinctNames() const;
     void markBuiltIn(const QJsonObject &object);
 
     Store::Contents m_contents;

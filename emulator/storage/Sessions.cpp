@@ -39,12 +39,18 @@ QString Sessions::start(qint64 userId, const QString &ip)
     return token;
 }
 
-std::optional<Account> Sessions::accountOf(const QString &token) const
+std::optional<Account> Sessions::accountOf(const QString &token)
 {
     QSqlQuery row = m_store.database().run(
-        QStringLiteral("SELECT user_id FROM session WHERE token_hash = ? AND") + goesOn,
-        {hashToken(token), m_clock.now()});
-    return row.next() ? m_store.account(row.value(0).toLongLong()) : std::nullopt;
+        QStringLiteral("SELECT user_id, expires_at FROM session WHERE token_hash = ?"),
+        {hashToken(token)});
+    if (!row.next())
+        return std::nullopt;
+    const qint64 expiresAt = row.value(1).toLongLong();
+    if (expiresAt == 0 || expiresAt > m_clock.now())
+        return m_store.account(row.value(0).toLongLong());
+    removeExpired();
+    return std::nullopt;
 }
 
 QVector<Session> Sessions::list() const
@@ -92,4 +98,10 @@ void Sessions::endAll()
 void Sessions::endOf(qint64 userId)
 {
     m_store.database().run(QStringLiteral("DELETE FROM session WHERE user_id = ?"), {userId});
+}
+
+void Sessions::removeExpired()
+{
+    m_store.database().run(QStringLiteral("DELETE FROM session WHERE NOT") + goesOn,
+                           {m_clock.now()});
 }

@@ -20,6 +20,9 @@ struct Session
 
 /// The sessions in the data file, of which it keeps the tokens as hashes.
 ///
+/// One that has expired is removed at the latest when somebody comes with its token, and stays so
+/// when the clock is set back.
+///
 /// Used from the store's thread; changes belong to the caller's transaction. Every operation throws
 /// StoreError when the file fails it.
 class Sessions
@@ -31,13 +34,14 @@ public:
 
     /// Starts one for the account and notes its login; returns the token.
     QString start(qint64 userId, const QString &ip);
-    std::optional<Account> accountOf(const QString &token) const;
+    std::optional<Account> accountOf(const QString &token);
 
     QVector<Session> list() const;    ///< the newest first, at most 1000
     QMap<qint64, int> counts() const; ///< by the account's number
     bool end(qint64 id);              ///< false if there is none
     void endAll();
     void endOf(qint64 userId);
+    void removeExpired();
 
 private:
     Store &m_store;

@@ -74,16 +74,14 @@ QByteArray typeByName(const QString &name)
     return {};
 }
 
-// A page loads nothing from other origins, is not cached, and does not pass on its own address,
-// whose query may name the user.
+// A page loads nothing from other origins, and does not pass on its own address, whose query may
+// name the user.
 void addSecurityHeaders(Answer &answer)
 {
     answer.headers = {{"Content-Security-Policy",
                        "default-src 'self'; img-src 'self' data:; frame-ancestors 'none';"
                        " base-uri 'none'; form-action 'self'"},
-                      {"Cache-Control", "no-store"},
-                      {"Referrer-Policy", "no-referrer"},
-                      {"X-Content-Type-Options", "nosniff"}};
+                      {"Referrer-Policy", "no-referrer"}};
 }
 
 } // namespace

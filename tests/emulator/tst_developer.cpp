@@ -113,6 +113,7 @@ private Q_SLOTS:
         QCOMPARE(m_emulator.inbox()[0].toObject()["state"].toString(), "replaced");
         m_emulator.devDelete("clock");
         QCOMPARE(m_emulator.devGet("clock")["aheadSeconds"].toInt(), 0);
+        QCOMPARE(AccountClient::word(m_client.profile(token, "10001")), "authErr"); // it is gone
         QCOMPARE(AccountClient::word(m_client.post("code-login", fields)), "ok");
         QCOMPARE(m_emulator.inbox()[1].toObject()["state"].toString(), "spent");
     }
@@ -131,8 +132,14 @@ private Q_SLOTS:
         QCOMPARE(of(0)["answer"].toObject()["body"].toObject()["result"].toString(), "pwdErr");
         QCOMPARE(of(1)["httpStatus"].toInt(), 503);
         QCOMPARE(of(1)["fault"].toString(), "httpStatus");
-        QCOMPARE(m_emulator.devGet(QString("requests?after=%1").arg(of(1)["id"].toInt())).toArray(),
-                 QJsonArray{requests[2]});
+        QCOMPARE(m_emulator.devGet("requests").toArray(), requests);
+        const QString id = QString::number(of(1)["id"].toInt());
+        const QVector<QPair<QString, int>> listings{
+            {"after=" + id, 2},           {"after=0&limit=1", 0}, {"limit=1", 2},
+            {"before=" + id, 0},          {"outcome=refused", 0}, {"outcome=fault", 1},
+            {"limit=1&outcome=failed", 2}};
+        for (const auto &[query, index] : listings)
+            QCOMPARE(m_emulator.devGet("requests?" + query).toArray(), QJsonArray{requests[index]});
         m_emulator.devDelete(QString("faults/%1").arg(before));
         QCOMPARE(m_emulator.devGet("faults").toArray(), QJsonArray());
     }
@@ -141,6 +148,8 @@ private Q_SLOTS:
     {
         m_emulator.devPost("accounts", {{"username", "new"}, {"password", "secret"}});
         m_emulator.setSettings({{"country", "DE"}, {"codeLifetimeSeconds", 7}});
+        for (const char *large : {"accounts/10001", "accounts/10002"})
+            m_emulator.devPatch(large, {{"note", QString(600000, 'x')}});
         const QJsonObject seed = m_emulator.devGet("export").toObject();
         m_emulator.reset();
         m_emulator.devPost("import", seed);

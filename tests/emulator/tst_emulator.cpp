@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "http/RequestLog.h"
 #include "support/AccountClient.h"
 #include "support/Rows.h"
 
@@ -54,6 +55,7 @@ private Q_SLOTS:
         row("field missing", "POST", login, R"({"username":"a"})", 400, "\"password\" is missing");
         row("field of wrong type", "POST", login, R"({"username":1})", 400, "must be a string");
         row("huge body", "POST", login, QByteArray(1024 * 1024 + 1, ' '), 413, "1 MiB");
+        row("huge seed", "POST", import, QByteArray((16 << 20) + 1, ' '), 413, "16 MiB");
         row("number too small", "GET", captcha + "?w=0", {}, 400, "whole number from 40");
         row("short identifier", "GET", captcha.chopped(1), {}, 400, "captcha identifier");
         row("text of another kind", "GET", "/v1/privacy/a/en-us/terms/%254", {}, 404, "no text");
@@ -76,9 +78,6 @@ private Q_SLOTS:
         row("no country", "POST", settings, R"({"country":"ZZ"})", 400, "two capital letters");
         row("long code", "POST", settings, R"({"fixedCode":"1234567"})", 400, "6 digits");
         row("time runs back", "POST", "/_dev/clock", R"({"advanceSeconds":-1})", 400, "from 1");
-        row("import of a name twice", "POST", import,
-            R"({"accounts":[{"username":"a","password":"b"},{"username":"a","password":"b"}]})",
-            400, "also belongs to account 0");
         row("import of a bad setting", "POST", import, R"({"accounts":[],"settings":{"x":1}})", 400,
             "settings: field \"x\" is not known");
     }
@@ -143,11 +142,8 @@ private Q_SLOTS:
         m_emulator.addFault({{"request", "*"}, {"kind", "word"}, {"word", "b"}, {"times", 1}});
         m_emulator.http("GET", "/v1/nothing");
         QStringList words; // of the last there is none: the rules' own answer is an object
-        for (int i = 0; i < 4; ++i) {
+        for (int i = 0; i < 4; ++i)
             words << m_emulator.http("GET", "/v1/status").json().value("result").toString();
-            if (i == 0)
-                QCOMPARE(m_emulator.devGet("faults").toArray()[0].toObject()["times"].toInt(), 1);
-        }
         QCOMPARE(words, QStringList({"a", "a", "b", ""}));
     }
 
@@ -169,24 +165,30 @@ private Q_SLOTS:
 
     void keepsLittleOfMuch()
     {
-        const QList<QByteArray> headers{"A: 1", "B: " + QByteArray(8000, 'b'),
-                                        "C: " + QByteArray(8000, 'c')};
-        const auto keptOf = [&](int count, const QByteArray &body, const auto &sentHeaders) {
-            m_emulator.devDelete("requests");
-            for (int i = 1; i <= count; ++i)
-                m_emulator.http("POST", "/v1/" + QByteArray::number(i), body, sentHeaders);
-            return m_emulator.requests();
+        RequestLog log;
+        const auto countKept = [&log](int added, const RequestLog::Entry &entry) {
+            log.clear();
+            for (int i = 0; i < added; ++i)
+                log.add(entry);
+            RequestLog::Selection first;
+            first.after = 0;
+            const QJsonArray newest = log.toJson({}), oldest = log.toJson(first);
+            return newest.last()["id"].toInt() - oldest.first()["id"].toInt() + 1;
         };
-        keptOf(100, QByteArray(100000, 'x'), headers); // forgotten, room and all
-        const QJsonArray large = keptOf(100, QByteArray(100000, 'x'), headers);
-        const QJsonObject last = large.last().toObject(), sent = last["headers"].toObject();
-        QVERIFY2(large.size() > 50 && large.size() < 60, qPrintable(QString::number(large.size())));
-        QCOMPARE(last["path"].toString(), "/v1/100");
+        RequestLog::Entry large;
+        large.request.body = QByteArray(100000, 'x');
+        large.request.headers = {{"A", "1"}, {"B", QString(8000, 'b')}, {"C", QString(8000, 'c')}};
+        countKept(300, large); // forgotten, room and all
+        QCOMPARE(countKept(500, large), 32 * 1024 / 72);
+        const QJsonArray list = log.toJson({});
+        const QJsonObject last = list.last().toObject(), sent = last["headers"].toObject();
+        QCOMPARE(list.size(), 4 * 1024 / 72);
         QCOMPARE(last["body"].toString().size(), 64 * 1024);
-        QCOMPARE(sent["A"].toString(), "1");
         QVERIFY(sent["B"].toString().size() == 8000 && sent["C"].toString().size() < 200);
-        QCOMPARE(keptOf(1001, {}, QList<QByteArray>()).size(), 1000);
-        m_emulator.devDelete("requests");
+        QVERIFY(last["headersCut"].toBool() && last["bodyCut"].toBool());
+        QCOMPARE(countKept(10001, {}), 10000);
+        const QJsonObject small = log.toJson({}).last().toObject();
+        QVERIFY(!small["headersCut"].toBool() && !small["bodyCut"].toBool());
     }
 
     // An idle connection is kept for longer than stop() waits, the delay is an hour.
@@ -215,8 +217,6 @@ private Q_SLOTS:
         row("any address", "--host", "0.0.0.0", 2, "0.0.0.0 is not a loopback address");
         row("port too high", "--port", "65536", 2, "0 to 65535");
         row("seed not JSON", "--seed", "{", 2, "is not JSON");
-        row("seed without password", "--seed", R"({"accounts":[{"username":"a"}]})", 2,
-            "account 0: field \"password\" is missing");
         row("seed with a name twice", "--seed",
             R"({"accounts":[{"username":"a","password":"b"},
                             {"username":"c","password":"b","email":"a"}]})",
@@ -224,6 +224,8 @@ private Q_SLOTS:
         row("empty data", "--data", "", 1, "is not a data file");
         row("foreign data", "--data", "SQLite format 3" + QByteArray(4096, '\0'), 1,
             "is not a data file");
+        if (QFile::exists("/dev/full"))
+            row("unreadable", "--version", "", 1, "standard output: No space left");
         row("damaged data", "--data",
             "SQLite format 3" + QByteArray(53, '\0') + "LPAC" + QByteArray(4096, 'x'), 1,
             "is damaged");
@@ -238,6 +240,8 @@ private Q_SLOTS:
         const bool byFile = option == "--seed" || option == "--data";
         QVERIFY(file.open() && file.write(value) == value.size() && file.flush());
         QProcess process;
+        if (option == "--version")
+            process.setStandardOutputFile("/dev/full");
         process.start(Emulator::defaultProgram(),
                       {option, byFile ? file.fileName() : QString::fromUtf8(value)});
         QVERIFY(process.waitForFinished());
@@ -253,16 +257,20 @@ private Q_SLOTS:
         QTemporaryDir directory;
         const QString seed = QFINDTESTDATA("../../emulator/storage/seed.json");
         const QStringList options{"--verbose", "--data", directory.filePath("data")};
+        QString name = "ada@example.com";
         for (const QStringList &more : {QStringList(), QStringList{"--seed", seed}}) {
             Emulator emulator(options + more);
             QVERIFY(emulator.start());
             emulator.http("GET", "/v1/nothing");
             const QString address = emulator.baseUrl(), output = emulator.output();
-            QVERIFY(output.contains("| passportctl --cloud " + address + " sign-in ada@"));
+            QVERIFY(output.contains("echo 'correct horse 1' | passportctl --cloud " + address +
+                                    " sign-in " + name + '\n'));
             QVERIFY(output.contains(
                 QString::fromUtf8("\n  李明                пароль-密码-ß 3   name")));
             QCOMPARE(output.contains("waits for a reset"), !more.isEmpty());
             QTRY_VERIFY(emulator.output().contains("Z /v1/nothing 404 "));
+            emulator.devPatch("accounts/10001", {{"username", "Ada's"}});
+            name = "'Ada'\\''s'";
         }
     }
 

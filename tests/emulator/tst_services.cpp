@@ -68,7 +68,6 @@ private Q_SLOTS:
         const QString bad = "captchaErr";
         row("right, then spent", "", "lang", "en", {"ok", bad});
         row("right, user unknown", "", "username", "nobody", {"notExistErr", bad});
-        row("right, phone of another area", "", "username", "15100000003", {"notExistErr"});
         row("wrong", "", "captcha", "?", {bad});
         row("expired", "&e=0", "lang", "en", {"captchaExpired", "captchaExpired"});
         row("unknown identifier", "", "uuid", "login-00000000-0000-0000-0000-000000000000", {bad});
@@ -131,9 +130,6 @@ private Q_SLOTS:
         const QJsonObject message = inbox.first().toObject();
         const QString code = message.value("code").toString();
         QVERIFY(QRegularExpression("^[0-9]{6}$").match(code).hasMatch());
-        QCOMPARE(message.value("username").toString(), userName);
-        QCOMPARE(message.value("purpose").toString(), purpose);
-        QCOMPARE(message.value("lang").toString(), "en");
         QTRY_COMPARE(m_emulator.output().mid(printed),
                      QString("code %1 for %2, purpose %3\n").arg(code, userName, purpose).toUtf8());
     }
@@ -256,11 +252,6 @@ private Q_SLOTS:
         QVERIFY(!page("/").contains("Product line"));
         QVERIFY(page("%3Cb%3E%22&%251/en-us").contains("&lt;b&gt;&quot;&amp;%1<"));
         QVERIFY(page("https://a.example/b/en-us").contains(": https://a.example/b<"));
-
-        QSet<QString> codes;
-        for (const auto country : get("countries").toArray())
-            codes.insert(country.toObject().value("code").toString());
-        QVERIFY(codes.size() > 230);
     }
 
     void resetsEverything()
@@ -268,7 +259,6 @@ private Q_SLOTS:
         const QString token = signedIn()["token"].toString();
         const QJsonObject fields = m_client.sentCode("login", ada);
         m_emulator.setSettings({{"codeIntervalSeconds", 7}});
-        m_emulator.devPost("ip-country", {{"code", "DE"}});
         m_emulator.addFault({{"request", "*"}, {"kind", "drop"}});
         m_emulator.reset();
         QCOMPARE(m_emulator.requests(), QJsonArray());
@@ -277,7 +267,6 @@ private Q_SLOTS:
         QCOMPARE(m_emulator.inbox(), QJsonArray());
         QCOMPARE(word("exists", fields), "captchaErr");
         QCOMPARE(m_emulator.devGet("settings").toObject().value("codeIntervalSeconds").toInt(), 60);
-        QCOMPARE(get("ip-country").toString(), "156");
     }
 
 private:

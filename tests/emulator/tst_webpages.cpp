@@ -2,8 +2,6 @@
 #include "support/AccountClient.h"
 #include "support/Rows.h"
 
-#include <QtCore/QDir>
-
 using VelqorPassPort::Testing::Emulator;
 using Client = AccountClient;
 
@@ -13,14 +11,6 @@ const QJsonObject company{
     {"companyName", "Lab"}, {"companyType", "mill"}, {"companyPurpose", "work"}};
 const char carol[] = "carol@example.com";
 const QString carolsPassword = "correct horse 4";
-
-QString readAll(const QDir &directory, const QString &pattern)
-{
-    QString all;
-    for (const QString &name : directory.entryList({pattern}))
-        all += textOf(directory.filePath(name));
-    return all;
-}
 
 } // namespace
 
@@ -144,8 +134,17 @@ private Q_SLOTS:
 
     void servesNothingElse()
     {
-        QVERIFY(m_emulator.http("GET", "/web/page.css").head.contains("text/css"));
-        QVERIFY(m_emulator.http("GET", "/web/page.js").head.contains("text/javascript"));
+        for (const QByteArray path :
+             {"/web/page.css text/css", "/web/page.js text/javascript", "/ no-store nosniff",
+              "/_dev/faults no-store nosniff", "/_dev/no nosniff", "/v1/status application/json"}) {
+            const QList<QByteArray> words = path.split(' ');
+            const auto whole = m_emulator.http("GET", words[0]);
+            auto head = m_emulator.http("HEAD", words[0]);
+            head.head.replace("Accept-Ranges: bytes\r\n", ""); // the library's, for HEAD alone
+            QVERIFY2(head.head == whole.head && head.body.isEmpty(), head.head + head.body);
+            for (const QByteArray &word : words.mid(1))
+                QVERIFY2(whole.head.contains(word), whole.head);
+        }
         for (const QByteArray path :
              {"", "nothing", "texts.tsv", "parts/head", "../seed", "a/page.js"})
             QCOMPARE(m_emulator.http("GET", "/web/" + path).httpStatus, 404);
@@ -153,18 +152,12 @@ private Q_SLOTS:
 
     void textsAreComplete()
     {
-        const QDir web = QFileInfo(QFINDTESTDATA("../../emulator/web/texts.tsv")).dir();
-        const QString html = readAll(web, "*.html") + readAll(web.filePath("parts"), "*.html");
-        const QString texts = readAll(web, "texts.tsv"), scripts = readAll(web, "*.js");
-        for (const QString &line : texts.trimmed().split('\n').mid(1)) {
-            const QStringList columns = line.split('\t');
-            const QString &key = columns.first(), rest = key.section('.', 1);
-            QVERIFY2(columns.size() == (html.contains("id=\"" + columns.value(3) + '"') ? 4 : 3) &&
-                         !columns.contains(QString()),
-                     qPrintable(line));
-            QVERIFY2(html.contains("{{" + key + "}}") || html.contains("{{page." + rest + "}}") ||
-                         scripts.contains("'" + rest + "'"),
-                     qPrintable(line));
+        for (const char *file : {"web", "console"}) {
+            const QString path = QString("../../emulator/%1/texts.tsv").arg(file);
+            for (const QString &line : textOf(QFINDTESTDATA(path)).trimmed().split('\n')) {
+                const QStringList columns = line.split('\t');
+                QVERIFY2(columns.size() >= 3 && !columns.contains(QString()), qPrintable(line));
+            }
         }
     }
 

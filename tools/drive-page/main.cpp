@@ -14,13 +14,16 @@ namespace {
 const char description[] =
     R"(Fills in the page that a web tool on Qt WebEngine shows, as a person would: for tests and
 demonstrations of the web flows, also without a display. The web tool must run, or start soon,
-with QTWEBENGINE_REMOTE_DEBUGGING=PORT in its environment; the browser engine then lets itself be
-driven through that port, by anybody on the machine.
+with QTWEBENGINE_REMOTE_DEBUGGING=PORT in its environment, or Chromium in its place with
+--remote-debugging-port=PORT; the browser engine then lets itself be driven through that port, by
+anybody on the machine.
 
 STEPS is a file with one step on a line:
 
   wait SCRIPT         until it is true
   run SCRIPT
+  run-file FILE       a script of any length, named from this file's folder
+  print SCRIPT        its value, on standard output
   type TEXT           into the element that has the focus
   type-result SCRIPT  its value, the same way
   call METHOD JSON    a call of the DevTools protocol, as Emulation.setEmulatedMedia {...}
@@ -40,6 +43,20 @@ void savePicture(DebuggedPage &page, const QString &path)
         fail(path + QStringLiteral(" cannot be written"));
 }
 
+QString contentsOf(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        fail(path + QStringLiteral(" cannot be read"));
+    return QString::fromUtf8(file.readAll());
+}
+
+void print(const QString &text)
+{
+    if (std::puts(text.toUtf8().constData()) < 0 || std::fflush(stdout) != 0)
+        fail(QStringLiteral("standard output cannot be written"));
+}
+
 void take(DebuggedPage &page, const QString &step, const QDir &folder)
 {
     const QString verb = step.section(QLatin1Char(' '), 0, 0);
@@ -48,6 +65,10 @@ void take(DebuggedPage &page, const QString &step, const QDir &folder)
         page.waitFor(rest);
     else if (verb == QLatin1String("run"))
         page.evaluate(rest);
+    else if (verb == QLatin1String("run-file"))
+        page.evaluate(contentsOf(folder.filePath(rest)));
+    else if (verb == QLatin1String("print"))
+        print(page.evaluate(rest).toString());
     else if (verb == QLatin1String("type"))
         page.type(rest);
     else if (verb == QLatin1String("type-result"))
@@ -64,11 +85,9 @@ void take(DebuggedPage &page, const QString &step, const QDir &folder)
 
 void takeAll(DebuggedPage &page, const QString &path)
 {
-    QFile steps(path);
-    if (!steps.open(QIODevice::ReadOnly))
-        fail(path + QStringLiteral(" cannot be read"));
-    while (!steps.atEnd())
-        take(page, QString::fromUtf8(steps.readLine()).trimmed(), QFileInfo(path).dir());
+    const QStringList steps = contentsOf(path).split(QLatin1Char('\n'));
+    for (const QString &step : steps)
+        take(page, step.trimmed(), QFileInfo(path).dir());
 }
 
 void drive(quint16 port, const QString &steps)

@@ -150,6 +150,25 @@ QByteArray Emulator::output() const
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+// Up to the request that is the last one now: others may go on asking all the time.
+QJsonArray Emulator::requests()
+{
+    const auto idOf = [](const QJsonValue &request) {
+        return qint64(request[QLatin1String("id")].toDouble());
+    };
+    const qint64 last = idOf(devGet(QStringLiteral("requests?limit=1"))[0]);
+    QJsonArray all;
+    for (qint64 after = 0; after < last;) {
+        const QJsonArray page =
+            devGet(QStringLiteral("requests?after=%1&before=%2").arg(after).arg(last + 1))
+                .toArray();
+        for (const auto &request : page)
+            all.append(request);
+        after = page.isEmpty() ? last : idOf(page.last());
+    }
+    return all;
+}
+
 QJsonArray Emulator::inbox(qint64 after, int waitMs)
 {
     return devGet(QStringLiteral("inbox?after=%1&wait=%2").arg(after).arg(waitMs)).toArray();
@@ -168,14 +187,9 @@ QString Emulator::captchaAnswer(const QString &captchaId)
 
 QString Emulator::latestCaptchaAnswer()
 {
-    const QJsonArray all = requests();
-    for (int i = all.size() - 1; i >= 0; --i) {
-        const QJsonObject request = all.at(i).toObject();
-        if (request.value(QLatin1String("name")) == QLatin1String("captcha"))
-            return captchaAnswer(
-                request.value(QLatin1String("path")).toString().section(QLatin1Char('/'), -1));
-    }
-    return {};
+    const QJsonValue latest = devGet(QStringLiteral("requests?name=captcha&limit=1"))[0];
+    const QString path = latest[QLatin1String("path")].toString();
+    return path.isEmpty() ? QString() : captchaAnswer(path.section(QLatin1Char('/'), -1));
 }
 
 QJsonValue Emulator::dev(const QByteArray &method, const QString &path, const QJsonObject &body)

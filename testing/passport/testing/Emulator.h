@@ -70,8 +70,9 @@ public:
     bool reset() { return !devPost(QStringLiteral("reset")).isUndefined(); }
 
     /// What a client has asked for, oldest first: "name", "method", "path", "query", "headers",
-    /// "body", and what it was answered: "httpStatus", "word", "answer" and more.
-    QJsonArray requests() { return devGet(QStringLiteral("requests")).toArray(); }
+    /// "body", and what it was answered: "httpStatus", "word", "answer" and more. The emulator
+    /// keeps 10,000 requests, and less of very large ones.
+    QJsonArray requests();
 
     /// {"request": name or "*", "kind": ..., and what the kind takes}; with "times" it is spent
     /// after as many requests. The emulator's manual lists the kinds.

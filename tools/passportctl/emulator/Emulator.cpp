@@ -31,7 +31,7 @@ QJsonValue Emulator::ask(Host &host, const QString &call, const QVariantMap &bod
 QString Emulator::captchaText(Host &host)
 {
     // Newest first; the recorded requests, which name it too, may be longer than an answer may be.
-    const QJsonValue captchas = ask(host, QStringLiteral("captchas"));
+    const QJsonValue captchas = ask(host, QStringLiteral("captchas?limit=1"));
     return captchas[0][QStringLiteral("answer")].toString();
 }
 
