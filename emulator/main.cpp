@@ -57,7 +57,7 @@ std::string complaintAboutPort(const std::string &port)
 
 void declare(CLI::App &app, Options &options)
 {
-    app.set_version_flag("-v,--version", "passport-emulator " PASSPORT_VERSION);
+    app.set_version_flag("--version", "passport-emulator " PASSPORT_VERSION);
     app.footer("At its address: /v1 the account API, / the developer's console, /web/sign-in and\n"
                "further pages, /_dev/ the developer's calls, which /_dev/openapi.json describes.\n"
                "Exit codes: 0 ended by a signal, 1 it cannot serve, 2 wrong options or seed.");
