@@ -336,10 +336,16 @@ private Q_SLOTS:
             }
             return identities;
         };
+        QString program = Emulator::defaultProgram();
+        const bool isUnprivileged = name == "ours";
+        if (isUnprivileged) { // others may not reach the build folder
+            QVERIFY(QFile::copy(program, path("program")));
+            program = path("program");
+        }
         const auto before = all();
-        const std::unique_ptr<QProcess> process(name == "ours" ? new UnprivilegedProcess
+        const std::unique_ptr<QProcess> process(isUnprivileged ? new UnprivilegedProcess
                                                                : new QProcess);
-        process->start(Emulator::defaultProgram(), {"--port", "0", option, path(name)});
+        process->start(program, {"--port", "0", option, path(name)});
         QVERIFY(process->waitForFinished());
         QCOMPARE(process->exitCode(), 1);
         const QByteArray message = process->readAllStandardError();
