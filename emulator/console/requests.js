@@ -36,6 +36,10 @@ async function readPage() {
   stale = false; // before the answer, as a filter may change meanwhile
   try {
     entries = (await ask(before ? { before } : {})).reverse();
+    if (before && entries.length === 0) { // dropped meanwhile
+      before = 0;
+      entries = (await ask({})).reverse();
+    }
   } catch (error) {
     stale = true;
     throw error;

@@ -93,6 +93,7 @@ HttpServer::HttpServer(Handler handler, QObject *parent)
     , m_server(std::make_unique<httplib::Server>())
 {
     configure();
+    setBodyLimit(QString(), usualBodyLimit); // the server also reads bodies that have no route
     route();
 }
 
@@ -156,6 +157,8 @@ void HttpServer::route()
 void HttpServer::setBodyLimit(const QString &path, int mebibytes)
 {
     m_bodyLimits[path.toStdString()] = mebibytes;
+    m_largestBody = std::max(m_largestBody, mebibytes);
+    m_server->set_payload_max_length(static_cast<std::size_t>(m_largestBody) * bytesOfMebibyte);
 }
 
 int HttpServer::bodyLimit(const httplib::Request &raw) const

@@ -67,6 +67,7 @@ private:
 
     Handler m_handler;
     std::map<std::string, int> m_bodyLimits; ///< by path, in MiB
+    int m_largestBody = 0;                   ///< of them
     std::unique_ptr<httplib::Server> m_server;
     std::thread m_acceptor;
     int m_listener = -1; ///< descriptor of the listening socket

@@ -40,29 +40,13 @@ bool cutHeaders(QVector<QPair<Text, Text>> &headers)
     int left = maximumHeaderBytes;
     int kept = 0;
     bool longer = false;
-    for (; kept < headers.size() && left > 0; ++kept)
-        longer = cut(headers[kept].first, left) || cut(headers[kept].second, left);
+    for (; kept < headers.size() && left > 0; ++kept) {
+        longer = cut(headers[kept].first, left);
+        longer = cut(headers[kept].second, left) || longer;
+    }
     longer = longer || kept < headers.size();
     headers.resize(kept);
     return longer;
-}
-
-template <typename Headers>
-int sizeOfHeaders(const Headers &headers)
-{
-    int size = 0;
-    for (const auto &[name, value] : headers)
-        size += name.size() + value.size();
-    return size;
-}
-
-int sizeOf(const RequestLog::Entry &entry)
-{
-    int size = entry.request.path.size() + entry.request.body.size() + entry.answer.body.size() +
-               entry.answer.word.size();
-    for (auto it = entry.request.query.begin(); it != entry.request.query.end(); ++it)
-        size += it.key().size() + it.value().size();
-    return size + sizeOfHeaders(entry.request.headers) + sizeOfHeaders(entry.answer.headers);
 }
 
 QJsonValue bodyValue(const QByteArray &body)
@@ -149,7 +133,7 @@ Entries selected(Iterator entry, Iterator end, const RequestLog::Selection &sele
     for (; entry != end && static_cast<int>(found.size()) < selection.limit; ++entry) {
         if (!fits(*entry, selection))
             continue;
-        bytes += sizeOf(*entry);
+        bytes += entry->listedBytes;
         if (bytes > maximumListedBytes && !found.empty())
             break;
         found.push_back(&*entry);
@@ -168,10 +152,11 @@ void RequestLog::add(Entry entry)
     entry.answerHeadersCut = cutHeaders(entry.answer.headers);
     entry.answerBodyCut = cutBody(entry.answer.body);
     entry.answer.word = entry.answer.word.left(maximumWord);
-    m_bytes += sizeOf(entry);
+    entry.listedBytes = QJsonDocument(entryObject(entry)).toJson(QJsonDocument::Compact).size();
+    m_bytes += entry.listedBytes;
     m_entries.push_back(std::move(entry));
     while (m_entries.size() > maximumEntries || m_bytes > maximumBytes) {
-        m_bytes -= sizeOf(m_entries.front());
+        m_bytes -= m_entries.front().listedBytes;
         m_entries.pop_front();
     }
 }

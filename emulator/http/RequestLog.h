@@ -15,7 +15,7 @@
 /// really sent.
 ///
 /// Kept in memory alone, with the passwords and tokens they carried: at most 10,000 of them, and
-/// 32 MiB of text in all, of which the oldest go first. Of one request the first 8 KiB of headers
+/// 32 MiB of JSON in all, of which the oldest go first. Of one request the first 8 KiB of headers
 /// and the first 64 KiB of the body are kept, of its answer the same.
 class RequestLog
 {
@@ -32,6 +32,7 @@ public:
 
         // Given when it is added.
         int answerBytes = 0; ///< of the whole body
+        int listedBytes = 0; ///< of its JSON in a listing
         bool headersCut = false;
         bool bodyCut = false;
         bool answerHeadersCut = false;
@@ -63,7 +64,7 @@ public:
     /// The oldest first, each {"id","time","name","method","path","query","headers","headersCut",
     /// "body","bodyCut","httpStatus","word","durationMs","bytes","fault","answer":{"headers",
     /// "headersCut","body","bodyCut"}}; a body is the JSON that it holds, else its text, null
-    /// without one. One listing ends early, but not empty, where its texts would exceed 4 MiB.
+    /// without one. One listing ends early, but not empty, where it would exceed 4 MiB.
     QJsonArray toJson(const Selection &selection) const;
 
 private:

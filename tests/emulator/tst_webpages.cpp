@@ -2,6 +2,8 @@
 #include "support/AccountClient.h"
 #include "support/Rows.h"
 
+#include <QtCore/QDirIterator>
+
 using VelqorPassPort::Testing::Emulator;
 using Client = AccountClient;
 
@@ -152,11 +154,18 @@ private Q_SLOTS:
 
     void textsAreComplete()
     {
+        QString html;
+        QDirIterator pages(QFINDTESTDATA("../../emulator/web"), {"*.html"}, QDir::Files,
+                           QDirIterator::Subdirectories);
+        while (pages.hasNext())
+            html += textOf(pages.next());
         for (const char *file : {"web", "console"}) {
             const QString path = QString("../../emulator/%1/texts.tsv").arg(file);
-            for (const QString &line : textOf(QFINDTESTDATA(path)).trimmed().split('\n')) {
+            for (const QString &line : textOf(QFINDTESTDATA(path)).trimmed().split('\n').mid(1)) {
                 const QStringList columns = line.split('\t');
                 QVERIFY2(columns.size() >= 3 && !columns.contains(QString()), qPrintable(line));
+                const QString field = QString("id=\"%1\"").arg(columns.value(3));
+                QVERIFY2(columns.size() == 3 || html.contains(field), qPrintable(line));
             }
         }
     }

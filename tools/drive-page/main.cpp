@@ -6,6 +6,8 @@
 #include <QtCore/QDir>
 #include <QtCore/QFile>
 #include <QtCore/QFileInfo>
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
 
 #include <cstdio>
 
@@ -57,6 +59,12 @@ void print(const QString &text)
         fail(QStringLiteral("standard output cannot be written"));
 }
 
+QString shown(const QJsonValue &value)
+{
+    const QByteArray list = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+    return value.isString() ? value.toString() : QString::fromUtf8(list.mid(1, list.size() - 2));
+}
+
 void take(DebuggedPage &page, const QString &step, const QDir &folder)
 {
     const QString verb = step.section(QLatin1Char(' '), 0, 0);
@@ -68,11 +76,11 @@ void take(DebuggedPage &page, const QString &step, const QDir &folder)
     else if (verb == QLatin1String("run-file"))
         page.evaluate(contentsOf(folder.filePath(rest)));
     else if (verb == QLatin1String("print"))
-        print(page.evaluate(rest).toString());
+        print(shown(page.evaluate(rest)));
     else if (verb == QLatin1String("type"))
         page.type(rest);
     else if (verb == QLatin1String("type-result"))
-        page.type(page.evaluate(rest).toString());
+        page.type(shown(page.evaluate(rest)));
     else if (verb == QLatin1String("call"))
         page.call(rest.section(QLatin1Char(' '), 0, 0), rest.section(QLatin1Char(' '), 1));
     else if (verb == QLatin1String("picture"))

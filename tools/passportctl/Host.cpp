@@ -9,6 +9,7 @@
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QUrl>
 
 using namespace VelqorPassPort;
 
@@ -56,8 +57,8 @@ QString Host::problemOfDocument(const QString &path)
 std::optional<Exit> Host::configure()
 {
     const QString &address = m_options.address;
-    if (!address.isEmpty() && !address.startsWith(QLatin1String("http://")) &&
-        !address.startsWith(QLatin1String("https://")))
+    const QString scheme = QUrl(address).scheme(); // in small letters
+    if (!address.isEmpty() && scheme != QLatin1String("http") && scheme != QLatin1String("https"))
         return m_output.failure(
             Exit::Usage,
             QStringLiteral("the address \"%1\" begins with neither http:// nor https://")

@@ -55,8 +55,8 @@ constexpr Call calls[] = {
      "", "id username at ip expires", ""},
     {"sessions", "end", "End a session", "DELETE", "sessions/", "id", Body::None, "", "", " 1"},
     {"sessions", "clear", "End all sessions", "DELETE", "sessions", "", Body::None, "", "", ""},
-    {"requests", "list", "List the newest 1000 recorded requests", "GET", "requests", "",
-     Body::None, "", "id time name httpStatus word durationMs fault", ""},
+    {"requests", "list", "List the newest recorded requests, 1000 or 4 MiB of them", "GET",
+     "requests", "", Body::None, "", "id time name httpStatus word durationMs fault", ""},
     {"requests", "clear", "Forget the recorded requests", "DELETE", "requests", "", Body::None, "",
      "", ""},
     {"faults", "list", "List the faults in force", "GET", "faults", "", Body::None, "",
@@ -210,7 +210,7 @@ bool Administration::readBody(QByteArray &body) const
         return false;
     }
     // A byte more than an emulator takes: it says so then, and an endless input ends.
-    constexpr int mostBytes = 1024 * 1024 + 1;
+    constexpr int mostBytes = 16 * 1024 * 1024 + 1;
     QByteArray piece;
     do {
         piece = file.read(mostBytes - body.size());
