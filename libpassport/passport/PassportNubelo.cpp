@@ -62,7 +62,12 @@ PassportNubelo::PassportNubelo(QObject *parent)
 
     qCDebug(log_lp) << "current threaddddddddd nubelo" << QThread::currentThread();
     m_manager->moveToThread(&m_cloudThread);
-    connect(&m_cloudThread, &QThread::finished, m_manager, &QObject::deleteLater);
+    connect(&m_cloudThread, &QThread::finished, m_manager, [this] {
+        // Replies go before the destructor hears of the thread's end, and the Manager by itself.
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        RunOnThread::release(&m_cloudThread);
+        m_manager->deleteLater();
+    });
     m_cloudThread.start();
 
     // Only the application's own thread is woken by its quit. Directly, and without this object,
@@ -79,6 +84,7 @@ PassportNubelo::~PassportNubelo()
     const QPointer<Nubelo::Manager> manager(m_manager);
     m_cloudThread.quit();
     m_cloudThread.wait();
+    RunOnThread::acquire(&m_cloudThread);
     // Normally gone with its thread; once the application object is destroyed, Qt delivers no
     // deferred deletion any more.
     delete manager.data();
