@@ -62,12 +62,12 @@ PassportNubelo::PassportNubelo(QObject *parent)
 
     qCDebug(log_lp) << "current threaddddddddd nubelo" << QThread::currentThread();
     m_manager->moveToThread(&m_cloudThread);
-    connect(&m_cloudThread, &QThread::finished, m_manager, [this] {
-        // Replies go before the destructor hears of the thread's end, and the Manager by itself.
+    connect(&m_cloudThread, &QThread::finished, m_manager, [thread = &m_cloudThread] {
+        // Replies that wait for that, so that they are gone when the destructor hears of the end.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        RunOnThread::release(&m_cloudThread);
-        m_manager->deleteLater();
+        RunOnThread::release(thread);
     });
+    connect(&m_cloudThread, &QThread::finished, m_manager, &QObject::deleteLater);
     m_cloudThread.start();
 
     // Only the application's own thread is woken by its quit. Directly, and without this object,

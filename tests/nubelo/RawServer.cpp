@@ -45,7 +45,7 @@ RawServer::RawServer(Handler handler, const QSslConfiguration &tls)
     m_port = listener->serverPort();
     listener->moveToThread(&m_thread);
     QObject::connect(&m_thread, &QThread::finished, listener, &QObject::deleteLater);
-    QObject::connect(&m_thread, &QThread::finished, [this] { m_isOver = true; });
+    QObject::connect(&m_thread, &QThread::finished, listener, [this] { m_isOver = true; });
     m_thread.start();
 }
 
@@ -58,8 +58,8 @@ RawServer::~RawServer()
 {
     m_thread.quit();
     m_thread.wait();
-    // Does not loop. The thread sanitizer cannot see wait(), but this: it orders the handlers before
-    // what the test does next.
+    // Does not loop. The thread sanitizer cannot see wait(), but this: it orders the handlers
+    // before what the test does next.
     while (!m_isOver)
         QThread::yieldCurrentThread();
 }

@@ -136,8 +136,8 @@ bool Passport::deserializeFile(QString filePath, QString &result)
 
 bool Passport::deserializeFileToFile(QString protectedFilePath, QString plainFilePath)
 {
-    // deserializeFile() takes the same lock, which is not recursive, so that the call never returns.
-    // Hosts count on nothing else, and combine the two steps themselves.
+    // deserializeFile() takes the same lock, which is not recursive, so that the call never
+    // returns. Hosts count on nothing else, and combine the two steps themselves.
     const QMutexLocker lock(&m_mutex);
     QString text;
     return deserializeFile(protectedFilePath, text) && setFileContent(plainFilePath, text);
