@@ -38,7 +38,7 @@ public:
     void loadAgain();
 
 Q_SIGNALS:
-    /// There is a page, or the answer of a server that refuses one.
+    /// There is the beginning of a page, or of the answer of a server that refuses one.
     void shown();
     /// There is nothing; again with each further attempt.
     void failed(Page::Failure failure);
@@ -53,7 +53,7 @@ protected:
 private:
     using Answer = std::function<void(const QVariant &)>;
 
-    void hideErrorPages();
+    void watchDocuments();
     void noteLoaded();
     void noteFailed();
     void judge(const QString &state);
