@@ -101,12 +101,17 @@ Page::Answer Page::unlessOutdated(Answer answer) const
 void Page::noteLoaded()
 {
     m_state->wasShown = true;
-    const QString size = QStringLiteral("; [document.documentElement.scrollWidth, "
+    runJavaScript(mark + QStringLiteral(" = true"), ownWorld);
+    measure(false);
+}
+
+void Page::measure(bool isRefusal)
+{
+    const QString size = QStringLiteral("[document.documentElement.scrollWidth, "
                                         "document.documentElement.scrollHeight]");
-    runJavaScript(mark + QStringLiteral(" = true") + size, ownWorld,
-                  unlessOutdated([this](const QVariant &answer) {
+    runJavaScript(size, ownWorld, unlessOutdated([this, isRefusal](const QVariant &answer) {
                       const QVariantList sides = answer.toList();
-                      Q_EMIT measured({sides.value(0).toInt(), sides.value(1).toInt()});
+                      Q_EMIT measured({sides.value(0).toInt(), sides.value(1).toInt()}, isRefusal);
                   }));
 }
 
@@ -131,6 +136,8 @@ void Page::judge(const QString &state)
         m_state->timer.start();
     if (isNothing)
         Q_EMIT failed(failureNamed(state));
+    else if (state == QLatin1String("answered"))
+        measure(true);
 }
 
 bool Page::acceptNavigationRequest(const QUrl &url, NavigationType type, bool isMainFrame)

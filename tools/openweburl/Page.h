@@ -42,8 +42,8 @@ Q_SIGNALS:
     void shown();
     /// There is nothing; again with each further attempt.
     void failed(Page::Failure failure);
-    /// The size, in pixels, that a page has which was just loaded.
-    void measured(const QSize &contents);
+    /// The size, in pixels, that a page has which was just loaded, or a server's refusal of it.
+    void measured(const QSize &contents, bool isRefusal);
 
 protected:
     bool acceptNavigationRequest(const QUrl &url, NavigationType type, bool isMainFrame) override;
@@ -55,6 +55,7 @@ private:
 
     void watchDocuments();
     void noteLoaded();
+    void measure(bool isRefusal);
     void noteFailed();
     void judge(const QString &state);
     Answer unlessOutdated(Answer answer) const;
