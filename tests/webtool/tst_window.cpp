@@ -50,7 +50,8 @@ private Q_SLOTS:
             "http://nowhere.invalid/");
         row("led to another program", "http://127.0.0.1:PORT/away", "en",
             "This page cannot be shown", "http://127.0.0.1:PORT/away");
-        row("no such file", "file:///nowhere", "fr", "This address was not found", "file:/nowhere");
+        row("no such file", "file:///ERR_CERT_X", "fr", "This address was not found",
+            "file:/ERR_CERT_X");
     }
 
     void saysWhatIsWrong()

@@ -120,10 +120,11 @@ void Page::measure(bool isRefusal)
 void Page::noteFailed()
 {
     // Of the engine's error page, which has an address of its own, the error's name is all that
-    // can be learned of a failure.
+    // can be learned of a failure. It has a place of its own: the address may look like an error.
     const QString state = mark + QStringLiteral(R"( ? 'shown'
         : !/^(chrome-error|about):/.test(location) ? 'answered'
-        : (document.documentElement.textContent.match(/ERR_[A-Z_]+/) || ['ERR_'])[0])");
+        : (document.querySelector('.error-code')?.textContent.match(/ERR_[A-Z_]+/)
+           || ['ERR_'])[0])");
     runJavaScript(state, ownWorld,
                   unlessOutdated([this](const QVariant &answer) { judge(answer.toString()); }));
 }
