@@ -106,7 +106,12 @@ private Q_SLOTS:
             "h - " + tooLong.left(79) + QString::fromUtf8("…"));
         row("title that turns and breaks", "https://h/",
             QString::fromUtf8("\u202Ea\n\tb\u200B\u2066"), "h - a b");
-        row("no title", "http://h:81/a", "h:81/a", "http://h:81");
+        row("no title", "http://u:p@h:81/%5Ba?t=S", "h:81/[a?t=S", "http://h:81");
+        row("no title, secure", "https://h/?t=S", "https://h/?t=S", "h");
+        row("no title, another script", "https://xn--e1afmkfd.com/",
+            QString::fromUtf8("https://пример.com"), "xn--e1afmkfd.com");
+        row("no title, file", "file:///b/a?t=S", "a?t=S", "file:");
+        row("title like the host", "https://h.com/", "h.comfort", "h.com - h.comfort");
         row("file", "file:///a", "https://bank.com", "file: - https://bank.com");
     }
 

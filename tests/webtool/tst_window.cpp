@@ -50,7 +50,8 @@ private Q_SLOTS:
             "http://nowhere.invalid/");
         row("led to another program", "http://127.0.0.1:PORT/away", "en",
             "This page cannot be shown", "http://127.0.0.1:PORT/away");
-        row("no such file", "file:///nowhere", "fr", "This address was not found", "file:/nowhere");
+        row("no such file", "file:///ERR_CERT_X", "fr", "This address was not found",
+            "file:/ERR_CERT_X");
     }
 
     void saysWhatIsWrong()
@@ -68,18 +69,24 @@ private Q_SLOTS:
 
     void obeysKeys()
     {
+        QTcpServer silent;
+        QVERIFY(silent.listen(QHostAddress::LocalHost));
+        content = "<img src='" + address(silent.serverPort()).toLatin1() + "'>";
         const quint16 port = server->serverPort();
         server->close();
         open(address(port));
         QTRY_VERIFY_WITH_TIMEOUT(label("heading")->isVisible(), patienceMs);
+        window->move(600, 600);
         press(Qt::Key_Return);
         QVERIFY(!label("progress")->text().isEmpty());
         QTRY_VERIFY_WITH_TIMEOUT(label("progress")->text().isEmpty(), patienceMs);
+        QCOMPARE(window->pos(), QPoint(600, 600));
         QVERIFY(server->listen(QHostAddress::LocalHost, port));
         press(Qt::Key_Return);
         QTRY_VERIFY_WITH_TIMEOUT(!label("heading")->isVisible(), patienceMs);
         QTRY_COMPARE_WITH_TIMEOUT(window->windowTitle(), address(port) + QString::fromUtf8(" — t"),
                                   patienceMs);
+        QCOMPARE(measured->count(), 0); // the picture is still to come
 
         server->close();
         page->loadAgain();
@@ -119,30 +126,36 @@ private Q_SLOTS:
         menu()->close();
     }
 
+    // Also run on a screen smaller than the window would have it.
     void fitsThePage_data()
     {
-        const auto row = columns<QSize, QSize>("contents", "size");
-        const QSize borders(4, 4); // of the offscreen platform
-        const QSize room = QApplication::primaryScreen()->availableSize() - borders;
-        row("small", {10, 10}, {640, 480});
-        row("fits", {700, 550}, {700, 550});
-        row("large", {9000, 9000}, room);
+        const auto row = columns<QByteArray, QByteArray, QSize>("style", "status", "size");
+        row("small", "width: 10px; height: 10px", "200 OK", {640, 480});
+        row("fits", "width: 700px; height: 550px", "200 OK", {700, 550});
+        row("large", "width: 9000px; height: 9000px", "200 OK", {9000, 9000});
+        row("refusal", "width: 700px; height: 550px", "404 Not Found", {700, 550});
+        row("higher than any window", "min-height: 100vh; margin: 20px", "200 OK", {640, 520});
     }
 
     void fitsThePage()
     {
-        QFETCH(QSize, contents);
-        content = QString("<style>* { margin: 0 }</style>"
-                          "<div style='width: %1px; height: %2px'></div>")
-                      .arg(contents.width())
-                      .arg(contents.height())
-                      .toLatin1();
+        QFETCH(QByteArray, style);
+        QFETCH(QByteArray, status);
+        QFETCH(QSize, size);
+        content = "<style>* { margin: 0 }</style><div style='" + style + "'></div>";
+        server = std::make_unique<PageServer>(
+            [&](const QByteArray &) { return html(content).replace("200 OK", status); });
         open(server->page());
         QTRY_COMPARE_WITH_TIMEOUT(measured->count(), 1, patienceMs);
-        QTEST(window->size(), "size");
-        window->resize(500, 500);
         page->loadAgain();
         QTRY_COMPARE_WITH_TIMEOUT(measured->count(), 2, patienceMs);
+        const QRect room = window->screen()->availableGeometry();
+        const QSize borders = window->frameSize() - window->size();
+        QCOMPARE(window->size(), size.boundedTo(room.size() - borders));
+        QVERIFY(room.contains(window->frameGeometry()));
+        window->resize(500, 500);
+        page->load(server->page("/other"));
+        QTRY_COMPARE_WITH_TIMEOUT(measured->count(), 3, patienceMs);
         QCOMPARE(window->size(), QSize(500, 500));
     }
 

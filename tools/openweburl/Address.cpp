@@ -32,11 +32,15 @@ QString plain(const QString &text)
     return result.simplified();
 }
 
-// What the browser engine takes for the title of a page that has none.
+// What the browser engine takes for the title of a page that has none: its address, unescaped for
+// reading, or of a file the name, each with the query. A title that only begins like that goes too:
+// the origin stands before it.
 bool isAddress(const QUrl &url, const QString &title)
 {
-    const QString address = url.toString(QUrl::RemoveScheme | QUrl::StripTrailingSlash);
-    return address == QLatin1String("//") + title || url.toString() == title;
+    if (url.isLocalFile())
+        return title.startsWith(url.fileName());
+    const QString scheme = url.scheme() + QStringLiteral("://");
+    return QUrl(title.startsWith(scheme) ? title : scheme + title).host() == url.host();
 }
 
 } // namespace

@@ -12,6 +12,10 @@ namespace {
 const QString mark = QStringLiteral("window.openweburlLoaded");
 constexpr quint32 ownWorld = QWebEngineScript::ApplicationWorld;
 
+// Written to the console as a document begins: the engine itself tells only of the end of a load,
+// which one picture can hold up for minutes. A page that writes it too says nothing untrue.
+const QString begun = QStringLiteral("openweburl: begun");
+
 Page::Failure failureNamed(const QString &error)
 {
     if (error.startsWith(QLatin1String("ERR_CERT_")))
@@ -29,7 +33,7 @@ Page::Page(QWebEngineProfile *profile, std::optional<std::chrono::milliseconds> 
     : QWebEnginePage(profile, parent)
     , m_state(std::make_shared<State>())
 {
-    hideErrorPages();
+    watchDocuments();
     m_state->retries = reloadTimeout.has_value();
     QTimer *timer = &m_state->timer;
     timer->setSingleShot(true);
@@ -65,18 +69,21 @@ void Page::loadAgain()
     load(wanted()); // rather than a repetition, which would send a form twice
 }
 
-// The window says what is wrong; the engine's own page would show and be read out first.
-void Page::hideErrorPages()
+void Page::watchDocuments()
 {
     QWebEngineScript script;
     script.setInjectionPoint(QWebEngineScript::DocumentCreation);
     script.setWorldId(ownWorld);
+    // The window says what is wrong; the engine's own page would show and be read out first.
     script.setSourceCode(QStringLiteral(R"(
         if (location.protocol === 'chrome-error:') {
             const sheet = new CSSStyleSheet();
             sheet.replaceSync('html { display: none }');
             document.adoptedStyleSheets = [sheet];
-        })"));
+        } else if (location.protocol !== 'about:') {
+            console.info('%1');
+        })")
+                             .arg(begun));
     scripts().insert(script);
 }
 
@@ -94,13 +101,17 @@ Page::Answer Page::unlessOutdated(Answer answer) const
 void Page::noteLoaded()
 {
     m_state->wasShown = true;
-    Q_EMIT shown();
-    const QString size = QStringLiteral("; [document.documentElement.scrollWidth, "
+    runJavaScript(mark + QStringLiteral(" = true"), ownWorld);
+    measure(false);
+}
+
+void Page::measure(bool isRefusal)
+{
+    const QString size = QStringLiteral("[document.documentElement.scrollWidth, "
                                         "document.documentElement.scrollHeight]");
-    runJavaScript(mark + QStringLiteral(" = true") + size, ownWorld,
-                  unlessOutdated([this](const QVariant &answer) {
+    runJavaScript(size, ownWorld, unlessOutdated([this, isRefusal](const QVariant &answer) {
                       const QVariantList sides = answer.toList();
-                      Q_EMIT measured({sides.value(0).toInt(), sides.value(1).toInt()});
+                      Q_EMIT measured({sides.value(0).toInt(), sides.value(1).toInt()}, isRefusal);
                   }));
 }
 
@@ -109,10 +120,11 @@ void Page::noteLoaded()
 void Page::noteFailed()
 {
     // Of the engine's error page, which has an address of its own, the error's name is all that
-    // can be learned of a failure.
+    // can be learned of a failure. It has a place of its own: the address may look like an error.
     const QString state = mark + QStringLiteral(R"( ? 'shown'
         : !/^(chrome-error|about):/.test(location) ? 'answered'
-        : (document.documentElement.textContent.match(/ERR_[A-Z_]+/) || ['ERR_'])[0])");
+        : (document.querySelector('.error-code')?.textContent.match(/ERR_[A-Z_]+/)
+           || ['ERR_'])[0])");
     runJavaScript(state, ownWorld,
                   unlessOutdated([this](const QVariant &answer) { judge(answer.toString()); }));
 }
@@ -126,7 +138,7 @@ void Page::judge(const QString &state)
     if (isNothing)
         Q_EMIT failed(failureNamed(state));
     else if (state == QLatin1String("answered"))
-        Q_EMIT shown();
+        measure(true);
 }
 
 bool Page::acceptNavigationRequest(const QUrl &url, NavigationType type, bool isMainFrame)
@@ -143,7 +155,8 @@ void Page::javaScriptConsoleMessage(JavaScriptConsoleMessageLevel level, const Q
                                     int line, const QString &source)
 {
     Q_UNUSED(level)
-    Q_UNUSED(message)
     Q_UNUSED(line)
     Q_UNUSED(source)
+    if (message == begun)
+        Q_EMIT shown();
 }

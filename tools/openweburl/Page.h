@@ -38,12 +38,12 @@ public:
     void loadAgain();
 
 Q_SIGNALS:
-    /// There is a page, or the answer of a server that refuses one.
+    /// There is the beginning of a page, or of the answer of a server that refuses one.
     void shown();
     /// There is nothing; again with each further attempt.
     void failed(Page::Failure failure);
-    /// The size, in pixels, that a page has which was just loaded.
-    void measured(const QSize &contents);
+    /// The size, in pixels, that a page has which was just loaded, or a server's refusal of it.
+    void measured(const QSize &contents, bool isRefusal);
 
 protected:
     bool acceptNavigationRequest(const QUrl &url, NavigationType type, bool isMainFrame) override;
@@ -53,8 +53,9 @@ protected:
 private:
     using Answer = std::function<void(const QVariant &)>;
 
-    void hideErrorPages();
+    void watchDocuments();
     void noteLoaded();
+    void measure(bool isRefusal);
     void noteFailed();
     void judge(const QString &state);
     Answer unlessOutdated(Answer answer) const;

@@ -21,7 +21,7 @@ Window::Window(Page &page, const Texts &texts)
     : m_page(page)
     , m_texts(texts)
     , m_panel(texts)
-    , m_fitted(usual)
+    , m_fitted(usual.boundedTo(screen()->availableSize()))
 {
     addWidget(&m_view);
     addWidget(&m_notice);
@@ -32,7 +32,7 @@ Window::Window(Page &page, const Texts &texts)
     m_view.setPage(&page);
     m_view.setContextMenuPolicy(Qt::CustomContextMenu);
     setFocusProxy(&m_view); // so that the first key goes to the page
-    setMinimumSize(smallest);
+    setMinimumSize(smallest.boundedTo(m_fitted));
     resize(m_fitted);
 
     connect(&m_view, &QWidget::customContextMenuRequested, this, &Window::openMenu);
@@ -40,7 +40,7 @@ Window::Window(Page &page, const Texts &texts)
     connect(&page, &QWebEnginePage::urlChanged, this, &Window::updateTitle);
     connect(&page, &Page::shown, this, &Window::showPage);
     connect(&page, &Page::failed, this, &Window::showFailure);
-    connect(&page, &Page::measured, this, &Window::fit);
+    connect(&page, &Page::measured, this, &Window::fitPage);
     connect(&page, &QWebEnginePage::windowCloseRequested, this, &QWidget::close,
             Qt::QueuedConnection);
     connect(&m_panel, &FailurePanel::tryAgainRequested, &page, &Page::loadAgain);
@@ -84,13 +84,28 @@ void Window::openMenu(const QPoint &position)
     menu.release()->popup(m_view.mapToGlobal(position));
 }
 
+void Window::fitPage(const QSize &contents, bool isRefusal)
+{
+    // Once, as a page may be higher than the window by its own rule, however high that is.
+    const QPair<QUrl, bool> kind(m_page.url(), isRefusal);
+    if (m_fittedPages.contains(kind))
+        return;
+    m_fittedPages.insert(kind);
+    fit(contents);
+}
+
 void Window::fit(const QSize &contents)
 {
     if (size() != m_fitted)
         return;
     const QRect room = screen()->availableGeometry();
     const QSize border = frameSize() - size();
-    m_fitted = contents.expandedTo(m_fitted).boundedTo(room.size() - border).expandedTo(smallest);
+    const QSize largest = room.size() - border;
+    setMinimumSize(smallest.boundedTo(largest));
+    const QSize fitting = contents.expandedTo(m_fitted).boundedTo(largest);
+    if (fitting == size())
+        return; // and stays where the user moved it
+    m_fitted = fitting;
     resize(m_fitted);
     const QRect frame(pos(), m_fitted + border);
     const QPoint past = frame.bottomRight() - room.bottomRight();

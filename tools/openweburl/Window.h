@@ -5,6 +5,8 @@
 #include "Page.h"
 #include "Texts.h"
 
+#include <QtCore/QPair>
+#include <QtCore/QSet>
 #include <QtWebEngineWidgets/QWebEngineView>
 #include <QtWidgets/QScrollArea>
 #include <QtWidgets/QStackedWidget>
@@ -12,8 +14,8 @@
 /// The window around a page: its origin in the title, a notice in place of a page that could not
 /// be loaded, a menu to edit with, and a size that fits.
 ///
-/// It grows with each page that is loaded, as far as the screen has room, until the user sizes it.
-/// It closes itself when the page or the notice asks for that.
+/// It grows once for each page, as far as the screen has room, until the user sizes it. It closes
+/// itself when the page or the notice asks for that.
 class Window : public QStackedWidget
 {
     Q_OBJECT
@@ -27,6 +29,7 @@ private:
     void showFailure(Page::Failure failure);
     void updateTitle();
     void openMenu(const QPoint &position);
+    void fitPage(const QSize &contents, bool isRefusal);
     void fit(const QSize &contents);
 
     Page &m_page;
@@ -35,4 +38,5 @@ private:
     QScrollArea m_notice; ///< around the panel, for large letters on small screens
     FailurePanel m_panel;
     QSize m_fitted; ///< another size than this one is the user's
+    QSet<QPair<QUrl, bool>> m_fittedPages;
 };
