@@ -63,7 +63,7 @@ PassportNubelo::PassportNubelo(QObject *parent)
     qCDebug(log_lp) << "current threaddddddddd nubelo" << QThread::currentThread();
     m_manager->moveToThread(&m_cloudThread);
     connect(&m_cloudThread, &QThread::finished, m_manager, [thread = &m_cloudThread] {
-        // Replies that wait for that, so that they are gone when the destructor hears of the end.
+        // Deletes the replies left: the destructor, which hears of the end here, finds none.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         RunOnThread::release(thread);
     });
